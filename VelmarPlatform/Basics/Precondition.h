@@ -14,8 +14,8 @@ namespace velmar {
                                      std::source_location location) noexcept;
 
 /// Stops the process with `message` unless `condition` holds. One branch when it does.
-inline void precondition(bool condition, std::string_view message,
-                         std::source_location location = std::source_location::current()) noexcept {
+constexpr void precondition(bool condition, std::string_view message,
+                            std::source_location location = std::source_location::current()) noexcept {
   if (!condition) [[unlikely]]
     preconditionFailed(message, location);
 }
