@@ -8,7 +8,8 @@
 
 namespace velmar {
 
-/// A set of the terminator units that a line ends with. No bits: the line has no terminator, as the last one of a text.
+/// A set of the terminator units that a line ends with. No bits: the line has no terminator, as the
+/// last one of a text.
 struct LineFlags {
   std::uint8_t rawValue = 0;
 

@@ -21,7 +21,9 @@ UTF16LineArrayStringStorage::operator=(UTF16LineArrayStringStorage&& other) noex
   return *this;
 }
 
-UTF16LineArrayStringStorage::~UTF16LineArrayStringStorage() { std::free(units_); }
+UTF16LineArrayStringStorage::~UTF16LineArrayStringStorage() {
+  std::free(units_);
+}
 
 char16_t UTF16LineArrayStringStorage::operator[](std::int64_t index) const {
   precondition(index >= 0 && index < count(), "A code unit's index lies outside its line.");
@@ -62,7 +64,9 @@ void UTF16LineArrayStringStorage::appendContentsOf(std::u16string_view units) {
   replaceSubrange({count(), count()}, units);
 }
 
-void UTF16LineArrayStringStorage::removeSubrange(TextRange range) { replaceSubrange(range, {}); }
+void UTF16LineArrayStringStorage::removeSubrange(TextRange range) {
+  replaceSubrange(range, {});
+}
 
 void UTF16LineArrayStringStorage::checkRange(TextRange range) const {
   precondition(range.lowerBound >= 0 && range.upperBound <= count(),
@@ -72,11 +76,14 @@ void UTF16LineArrayStringStorage::checkRange(TextRange range) const {
 void UTF16LineArrayStringStorage::reserve(std::size_t needed) {
   precondition(needed <= std::numeric_limits<std::uint32_t>::max() / 2,
                "A line can't hold more than 2,147,483,647 code units.");
-  // The first text of a line fits exactly; a line that has grown once is likely to grow again. Allocators hand out
-  // blocks of a multiple of 16 bytes less 8 of their own, so that is what we ask for.
+  // The first text of a line fits exactly; a line that has grown once is likely to grow again.
+  // Allocators hand out blocks of a multiple of 16 bytes less 8 of their own, so that is what we
+  // ask for.
   const std::size_t wanted = capacity_ == 0 ? needed : needed + needed / 4 + 4;
   const std::size_t rounded = (wanted + 4 + 7) / 8 * 8 - 4;
-  void* const block = std::realloc(units_, rounded * sizeof(char16_t)); // NOLINT(bugprone-suspicious-realloc-usage): throws below
+  void* const block = std::realloc(
+      units_,
+      rounded * sizeof(char16_t)); // NOLINT(bugprone-suspicious-realloc-usage): throws below
   if (!block)
     throw std::bad_alloc();
   units_ = static_cast<char16_t*>(block);

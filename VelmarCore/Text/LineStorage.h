@@ -1,5 +1,5 @@
-// Where a line keeps its text: what `UTF16LineArray` asks of a storage, the storage that documents use, and the stand-in
-// for arrays that only track boundaries.
+// Where a line keeps its text: what `UTF16LineArray` asks of a storage, the storage that documents
+// use, and the stand-in for arrays that only track boundaries.
 #pragma once
 
 #include "VelmarPlatform/Basics/Range.h"
@@ -12,8 +12,8 @@
 
 namespace velmar {
 
-/// A growable run of UTF-16 code units with integer indices from 0. Ranges are within the units held; buffers are
-/// borrowed for the call and never kept.
+/// A growable run of UTF-16 code units with integer indices from 0. Ranges are within the units
+/// held; buffers are borrowed for the call and never kept.
 template <class Storage>
 concept UTF16LineArrayStorage =
     std::default_initializable<Storage> &&
@@ -22,7 +22,8 @@ concept UTF16LineArrayStorage =
       { constStorage.count() } -> std::same_as<std::int64_t>;
       { constStorage[index] } -> std::same_as<char16_t>;
       { constStorage.substringFor(range) } -> std::same_as<std::u16string>;
-      constStorage.copySubrange(range, buffer); // the buffer has at least as many elements as the range
+      constStorage.copySubrange(range,
+                                buffer); // the buffer has at least as many elements as the range
       storage.replaceSubrange(range, units);
       storage.appendContentsOf(units);
       storage.removeSubrange(range);
@@ -34,12 +35,15 @@ concept ContiguousLineStorage = UTF16LineArrayStorage<Storage> && requires(const
   { storage.codeUnits() } -> std::same_as<std::u16string_view>;
 };
 
-/// No text at all: `UTF16LineArray<NoLineStorage>` knows where the lines are and how they end, nothing more.
+/// No text at all: `UTF16LineArray<NoLineStorage>` knows where the lines are and how they end,
+/// nothing more.
 struct NoLineStorage {};
 
-/// The storage of documents: one block of exactly the units of a line, with a little room once it has been edited.
+/// The storage of documents: one block of exactly the units of a line, with a little room once it
+/// has been edited.
 ///
-/// Sixteen bytes and one allocation, where std::u16string takes 32 and doubles; a document has one for each line.
+/// Sixteen bytes and one allocation, where std::u16string takes 32 and doubles; a document has one
+/// for each line.
 class UTF16LineArrayStringStorage {
 public:
   UTF16LineArrayStringStorage() = default;

@@ -9,9 +9,10 @@ template class Line<UTF16LineArrayStringStorage>;
 template class UTF16LineArray<NoLineStorage>;
 template class UTF16LineArray<UTF16LineArrayStringStorage>;
 
-template UTF16LineArray<NoLineStorage>::UTF16LineArray(const UTF16LineArray<NoLineStorage>&, FromContents);
-template UTF16LineArray<NoLineStorage>::UTF16LineArray(const UTF16LineArray<UTF16LineArrayStringStorage>&,
+template UTF16LineArray<NoLineStorage>::UTF16LineArray(const UTF16LineArray<NoLineStorage>&,
                                                        FromContents);
+template UTF16LineArray<NoLineStorage>::UTF16LineArray(
+    const UTF16LineArray<UTF16LineArrayStringStorage>&, FromContents);
 template UTF16LineArray<UTF16LineArrayStringStorage>::UTF16LineArray(
     const UTF16LineArray<UTF16LineArrayStringStorage>&, FromContents);
 

@@ -1,18 +1,22 @@
 // The text of a document, held as lines.
 //
-// The array answers which line holds an offset in O(log n), turns offsets into positions and back, and takes edits that
-// replace a range with new text while the line table stays exact, also where an edit cuts, makes or completes a CR LF
-// pair. Terminators are CR, LF and CR LF, nothing else, and a terminator belongs to its line. The last line has none: a
-// text that ends with a terminator has an empty line behind it.
+// The array answers which line holds an offset in O(log n), turns offsets into positions and back,
+// and takes edits that replace a range with new text while the line table stays exact, also where
+// an edit cuts, makes or completes a CR LF pair. Terminators are CR, LF and CR LF, nothing else,
+// and a terminator belongs to its line. The last line has none: a text that ends with a terminator
+// has an empty line behind it.
 //
-// With a storage (`UTF16LineArrayStringStorage` in documents) each line owns its text, so an edit moves no text but that
-// of the lines it touches. With `NoLineStorage` the same algorithm tracks boundaries alone.
+// With a storage (`UTF16LineArrayStringStorage` in documents) each line owns its text, so an edit
+// moves no text but that of the lines it touches. With `NoLineStorage` the same algorithm tracks
+// boundaries alone.
 //
-// Line starts lie in one plain array beside the line objects: the shift behind an edit is one pass over contiguous
-// memory, and any number of lines goes in or out in one splice. A text holds at most 2^32 - 1 code units.
+// Line starts lie in one plain array beside the line objects: the shift behind an edit is one pass
+// over contiguous memory, and any number of lines goes in or out in one splice. A text holds at
+// most 2^32 - 1 code units.
 //
-// Offsets are UTF-16 code units from the start of the text. An offset or range outside the text stops the process. There
-// is no lock: one thread at a time uses an array and the lines it gave out.
+// Offsets are UTF-16 code units from the start of the text. An offset or range outside the text
+// stops the process. There is no lock: one thread at a time uses an array and the lines it gave
+// out.
 #pragma once
 
 #include "VelmarCore/Text/LineBoundaries.h"
@@ -44,8 +48,8 @@ concept StoringText = UTF16LineArrayStorage<Storage>;
 
 namespace detail {
 
-/// What a line is, apart from its place: it stays the same object while edits go on around and inside it. Counted
-/// without atomics, for it belongs to its array's thread.
+/// What a line is, apart from its place: it stays the same object while edits go on around and
+/// inside it. Counted without atomics, for it belongs to its array's thread.
 template <class Storage>
 struct LineObject {
   std::uint32_t references = 1;
@@ -57,7 +61,9 @@ struct LineObject {
 template <class Storage>
 class LineReference {
 public:
-  explicit LineReference(LineObject<Storage>* object) noexcept : object_(object) { ++object_->references; }
+  explicit LineReference(LineObject<Storage>* object) noexcept : object_(object) {
+    ++object_->references;
+  }
   LineReference(const LineReference& other) noexcept : LineReference(other.object_) {}
   LineReference(LineReference&& other) noexcept : LineReference(other.object_) {}
   LineReference& operator=(LineReference other) noexcept {
@@ -80,8 +86,9 @@ private:
 
 } // namespace detail
 
-/// Describes a document only until the next edit of its array. Held longer it is harmless: its range and flags are those
-/// of the moment it was made, and its text is whatever the line object, in the array or not, holds now.
+/// Describes a document only until the next edit of its array. Held longer it is harmless: its
+/// range and flags are those of the moment it was made, and its text is whatever the line object,
+/// in the array or not, holds now.
 template <class Storage>
 class Line {
 public:
@@ -99,7 +106,8 @@ public:
   [[nodiscard]] LineFlags flags() const noexcept { return flags_; }
   /// The number of code units, terminator included.
   [[nodiscard]] std::int64_t count() const noexcept { return range_.length(); }
-  /// Names the line object: equal for two lines exactly if they are the same one, wherever edits have moved it.
+  /// Names the line object: equal for two lines exactly if they are the same one, wherever edits
+  /// have moved it.
   [[nodiscard]] const void* identity() const noexcept { return base_.get(); }
 
   /// The code unit at `index`, counted from the start of the line.
@@ -126,7 +134,8 @@ public:
   {
     return base_->storage.substringFor(range);
   }
-  /// Copies `range`, counted from the start of the line, to the front of `buffer`, which must have room for it.
+  /// Copies `range`, counted from the start of the line, to the front of `buffer`, which must have
+  /// room for it.
   void copyCodeUnits(TextRange range, LineArrayCodeUnitOptions options,
                      std::span<char16_t> buffer) const
     requires StoringText<Storage>;
@@ -146,8 +155,8 @@ private:
 template <class Storage>
 class UTF16LineArray;
 
-/// Some consecutive lines of an array, until its next edit. Its indices are the lines' own indices in the array, from
-/// `startIndex()` up to `endIndex()`, not counted from 0.
+/// Some consecutive lines of an array, until its next edit. Its indices are the lines' own indices
+/// in the array, from `startIndex()` up to `endIndex()`, not counted from 0.
 template <class Storage>
 class LineView {
 public:
@@ -157,7 +166,8 @@ public:
     using difference_type = std::ptrdiff_t;
 
     Iterator() = default;
-    Iterator(const UTF16LineArray<Storage>* array, std::int64_t index) : array_(array), index_(index) {}
+    Iterator(const UTF16LineArray<Storage>* array, std::int64_t index)
+        : array_(array), index_(index) {}
     Line<Storage> operator*() const { return array_->line(index_); }
     Line<Storage> operator[](difference_type offset) const { return array_->line(index_ + offset); }
     Iterator& operator++() { return *this += 1; }
@@ -172,7 +182,9 @@ public:
     friend Iterator operator+(Iterator i, difference_type offset) { return i += offset; }
     friend Iterator operator+(difference_type offset, Iterator i) { return i += offset; }
     friend Iterator operator-(Iterator i, difference_type offset) { return i += -offset; }
-    friend difference_type operator-(const Iterator& l, const Iterator& r) { return l.index_ - r.index_; }
+    friend difference_type operator-(const Iterator& l, const Iterator& r) {
+      return l.index_ - r.index_;
+    }
     bool operator==(const Iterator& other) const { return index_ == other.index_; }
     auto operator<=>(const Iterator& other) const { return index_ <=> other.index_; }
 
@@ -181,7 +193,8 @@ public:
     std::int64_t index_ = 0;
   };
 
-  LineView(const UTF16LineArray<Storage>& array, Range<std::int64_t> range) : array_(&array), range_(range) {}
+  LineView(const UTF16LineArray<Storage>& array, Range<std::int64_t> range)
+      : array_(&array), range_(range) {}
 
   [[nodiscard]] std::int64_t startIndex() const noexcept { return range_.lowerBound; }
   [[nodiscard]] std::int64_t endIndex() const noexcept { return range_.upperBound; }
@@ -208,8 +221,8 @@ public:
   UTF16LineArray& operator=(UTF16LineArray&&) = delete;
   ~UTF16LineArray();
 
-  /// A new array with a new line for each of `source`, with the same range, flags and, if this one stores it, text. The
-  /// two share nothing.
+  /// A new array with a new line for each of `source`, with the same range, flags and, if this one
+  /// stores it, text. The two share nothing.
   template <class OtherStorage>
     requires(!StoringText<Storage> || StoringText<OtherStorage>)
   [[nodiscard]] static UTF16LineArray fromContentsOf(const UTF16LineArray<OtherStorage>& source) {
@@ -219,14 +232,17 @@ public:
   /// The number of code units of the text. O(1).
   [[nodiscard]] std::int64_t count() const noexcept { return starts_.back(); }
   [[nodiscard]] bool isEmpty() const noexcept { return count() == 0; }
-  [[nodiscard]] std::int64_t lineCount() const noexcept { return static_cast<std::int64_t>(objects_.size()); }
+  [[nodiscard]] std::int64_t lineCount() const noexcept {
+    return static_cast<std::int64_t>(objects_.size());
+  }
 
   /// The one edit: puts `text` in place of `range`.
   ///
-  /// A line is the same object before and after an edit that stays inside it. CR and LF become one terminator only at
-  /// the seams of the edit itself: an LF put directly behind a line that ends in a lone CR stays a line of its own, for
-  /// an offset at a line boundary belongs to the line that starts there.
-  /// O(log lines), plus the lines touched, plus one pass over the starts of the lines behind.
+  /// A line is the same object before and after an edit that stays inside it. CR and LF become one
+  /// terminator only at the seams of the edit itself: an LF put directly behind a line that ends in
+  /// a lone CR stays a line of its own, for an offset at a line boundary belongs to the line that
+  /// starts there. O(log lines), plus the lines touched, plus one pass over the starts of the lines
+  /// behind.
   void replaceSubrange(TextRange range, std::u16string_view text);
   /// The same with valid UTF-8; what isn't valid is replaced by U+FFFD.
   void replaceSubrange(TextRange range, std::string_view utf8);
@@ -238,18 +254,19 @@ public:
     precondition(index >= 0 && index < lineCount(), "A line's index lies outside the text.");
     return {objects_[asSize(index)], index, rangeOfLine(index)};
   }
-  /// The line that `offset` belongs to; at a boundary the one that starts there, at the end the last. O(log lines).
+  /// The line that `offset` belongs to; at a boundary the one that starts there, at the end the
+  /// last. O(log lines).
   [[nodiscard]] Line<Storage> lineContaining(std::int64_t offset) const {
     return line(indexOfLineContaining(offset));
   }
   /// The same as an index, without taking hold of the line.
   [[nodiscard]] std::int64_t indexOfLineContaining(std::int64_t offset) const;
 
-  /// The lines that `range` touches. An empty range gives the one line that holds it; an upper bound at a line's start
-  /// leaves that line out.
+  /// The lines that `range` touches. An empty range gives the one line that holds it; an upper
+  /// bound at a line's start leaves that line out.
   [[nodiscard]] LineView<Storage> linesIntersecting(TextRange range) const;
-  /// The same by positions, without a search: an upper bound at column 0 leaves its line out, so the empty range at
-  /// column 0 gives no line.
+  /// The same by positions, without a search: an upper bound at column 0 leaves its line out, so
+  /// the empty range at column 0 gives no line.
   [[nodiscard]] LineView<Storage> linesIntersecting(Range<TextPosition> range) const;
 
   /// The boundaries from the start of the first line that `range` touches to the end of the last.
@@ -265,7 +282,8 @@ public:
 
   /// Line by search, column from its start. O(log lines).
   [[nodiscard]] TextPosition positionOf(std::int64_t offset) const;
-  /// The start of the position's line plus its column. A column past the line's end gives an offset in a later line.
+  /// The start of the position's line plus its column. A column past the line's end gives an offset
+  /// in a later line.
   [[nodiscard]] std::int64_t indexOf(TextPosition position) const;
   [[nodiscard]] Range<TextPosition> positionsOf(TextRange range) const;
   [[nodiscard]] TextRange indexRangeOf(Range<TextPosition> range) const;
@@ -284,7 +302,8 @@ public:
   void copyCodeUnits(TextRange range, LineArrayCodeUnitOptions options,
                      std::span<char16_t> buffer) const
     requires StoringText<Storage>;
-  /// The units of the line with this index, terminator included, as a view that the next edit ends. O(1).
+  /// The units of the line with this index, terminator included, as a view that the next edit ends.
+  /// O(1).
   [[nodiscard]] std::u16string_view codeUnitsOfLine(std::int64_t index) const
     requires ContiguousLineStorage<Storage>
   {
@@ -297,7 +316,8 @@ public:
     return objects_[asSize(index)]->flags;
   }
 
-  /// Stops the process with a message if the line table isn't what it must be. O(text); for tests and debug builds.
+  /// Stops the process with a message if the line table isn't what it must be. O(text); for tests
+  /// and debug builds.
   void checkInvariants() const;
 
 private:
@@ -305,6 +325,11 @@ private:
   friend class UTF16LineArray;
 
   using Object = detail::LineObject<Storage>;
+  /// A line on its way into the array, whose start isn't known yet.
+  struct Piece {
+    Object* object;
+    std::int64_t length;
+  };
   class Edit;
   struct FromContents {};
 
@@ -313,10 +338,11 @@ private:
 
   static std::size_t asSize(std::int64_t value) noexcept { return static_cast<std::size_t>(value); }
   bool replaceInsideLine(TextRange range, std::u16string_view text);
-  void splice(std::size_t first, std::size_t end, std::span<const typename Edit::Piece> pieces,
+  void splice(std::size_t first, std::size_t end, std::span<const Piece> pieces,
               std::int64_t delta);
 
-  /// Where each line starts, and one more: the end of the text. One longer than `objects_`, and never empty.
+  /// Where each line starts, and one more: the end of the text. One longer than `objects_`, and
+  /// never empty.
   std::vector<std::uint32_t> starts_;
   /// One reference each is ours.
   std::vector<Object*> objects_;

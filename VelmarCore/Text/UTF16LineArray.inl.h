@@ -1,5 +1,5 @@
-// The bodies of UTF16LineArray. Include this only to use the array with a storage of your own; the two forms that the
-// engine uses are compiled in UTF16LineArray.cpp.
+// The bodies of UTF16LineArray. Include this only to use the array with a storage of your own; the
+// two forms that the engine uses are compiled in UTF16LineArray.cpp.
 #pragma once
 
 #include "VelmarCore/Text/LineBreaks.h"
@@ -104,7 +104,8 @@ std::int64_t UTF16LineArray<Storage>::indexOfLineContaining(std::int64_t offset)
   precondition(offset >= 0 && offset <= count(), "An offset lies outside the text.");
   if (offset == count())
     return lineCount() - 1;
-  // The last start at or before `offset`: halved without branches, which the processor couldn't foresee.
+  // The last start at or before `offset`: halved without branches, which the processor couldn't
+  // foresee.
   const auto wanted = static_cast<std::uint32_t>(offset);
   const std::uint32_t* base = starts_.data();
   std::size_t length = objects_.size();
@@ -132,7 +133,8 @@ LineView<Storage> UTF16LineArray<Storage>::linesIntersecting(TextRange range) co
 template <class Storage>
 LineView<Storage> UTF16LineArray<Storage>::linesIntersecting(Range<TextPosition> range) const {
   const std::int64_t end = range.upperBound.line + (range.upperBound.column != 0 ? 1 : 0);
-  precondition(range.lowerBound.line >= 0 && end <= lineCount(), "A position lies outside the text.");
+  precondition(range.lowerBound.line >= 0 && end <= lineCount(),
+               "A position lies outside the text.");
   return {*this, {range.lowerBound.line, end}};
 }
 
@@ -171,7 +173,8 @@ TextPosition UTF16LineArray<Storage>::positionOf(std::int64_t offset) const {
 
 template <class Storage>
 std::int64_t UTF16LineArray<Storage>::indexOf(TextPosition position) const {
-  precondition(position.line >= 0 && position.line < lineCount(), "A position lies outside the text.");
+  precondition(position.line >= 0 && position.line < lineCount(),
+               "A position lies outside the text.");
   return rangeOfLine(position.line).lowerBound + position.column;
 }
 
@@ -208,7 +211,8 @@ void UTF16LineArray<Storage>::copyCodeUnits(TextRange range, LineArrayCodeUnitOp
                                             std::span<char16_t> buffer) const
   requires StoringText<Storage>
 {
-  precondition(range.lowerBound >= 0 && range.upperBound <= count(), "A range reaches outside the text.");
+  precondition(range.lowerBound >= 0 && range.upperBound <= count(),
+               "A range reaches outside the text.");
   precondition(std::cmp_greater_equal(buffer.size(), range.length()),
                "The buffer is smaller than the range to copy.");
   if (range.isEmpty())
@@ -230,17 +234,13 @@ void UTF16LineArray<Storage>::copyCodeUnits(TextRange range, LineArrayCodeUnitOp
 
 /// One edit that changes the line structure, or touches more than the inside of a line.
 ///
-/// It works on a list of pieces, the lines that will stand in place of the old lines `first_` up to `end_`, and puts them
-/// into the array in one splice at the end. In order: remove the old text, put the new text on the current line or into
-/// new lines, join what must be joined at the seam behind, keep an empty last line.
+/// It works on a list of pieces, the lines that will stand in place of the old lines `first_` up to
+/// `end_`, and puts them into the array in one splice at the end. In order: remove the old text,
+/// put the new text on the current line or into new lines, join what must be joined at the seam
+/// behind, keep an empty last line.
 template <class Storage>
 class UTF16LineArray<Storage>::Edit {
 public:
-  struct Piece {
-    Object* object;
-    std::int64_t length;
-  };
-
   Edit(UTF16LineArray& array, TextRange range, std::u16string_view text)
       : array_(array), range_(range), text_(text),
         first_(asSize(array.indexOfLineContaining(range.lowerBound))), end_(first_ + 1),
@@ -282,8 +282,8 @@ private:
     piece.length -= range.length();
   }
 
-  // Leaves `current_` with what stays in front of the removed range and, if anything stays of the line in which the range
-  // ends, that as `behind_`. Lines in between are dropped.
+  // Leaves `current_` with what stays in front of the removed range and, if anything stays of the
+  // line in which the range ends, that as `behind_`. Lines in between are dropped.
   void removeOldText() {
     const std::int64_t a = range_.lowerBound;
     const std::int64_t b = range_.upperBound;
@@ -316,7 +316,8 @@ private:
     }
   }
 
-  // The range lies strictly inside the current line, which keeps its front; the tail becomes a line of its own.
+  // The range lies strictly inside the current line, which keeps its front; the tail becomes a line
+  // of its own.
   void splitCurrent(std::int64_t a, std::int64_t b) {
     Object& object = *current_.object;
     const std::int64_t front = a - currentStart_;
@@ -328,13 +329,15 @@ private:
     const bool cutsTerminator = object.flags == LineFlags::crlf && tail.length == 1;
     if (cutsTerminator)
       tail.object->flags = LineFlags::lf;
-    // Between CR and LF the front keeps the CR; where the CR is removed, or no terminator is cut, it keeps nothing.
+    // Between CR and LF the front keeps the CR; where the CR is removed, or no terminator is cut,
+    // it keeps nothing.
     object.flags = cutsTerminator && a == b ? LineFlags::cr : LineFlags::none;
     removeUnits(current_, {front, current_.length});
     behind_ = tail;
   }
 
-  // The range starts with the current line and ends inside it. What stays comes behind a new, empty current line.
+  // The range starts with the current line and ends inside it. What stays comes behind a new, empty
+  // current line.
   void cutFrontOfCurrent(std::int64_t b) {
     behind_ = current_;
     cutFront(*behind_, b - currentStart_);
@@ -347,7 +350,8 @@ private:
     removeUnits(piece, {0, count});
   }
 
-  // Puts all pieces in order, the current line among them, and leaves the last that got text as the tip.
+  // Puts all pieces in order, the current line among them, and leaves the last that got text as the
+  // tip.
   void insertNewText() {
     std::size_t consumed = 0;
     if (!text_.empty() && current_.object->flags == LineFlags::cr && text_.front() == u'\n' &&
@@ -380,7 +384,8 @@ private:
       pieces_.push_back(*behind_);
   }
 
-  // The text up to and including its first terminator goes on the end of the current line. Gives how much that was.
+  // The text up to and including its first terminator goes on the end of the current line. Gives
+  // how much that was.
   std::size_t appendToCurrent() {
     LineFlags flags;
     const std::size_t end = endOfPiece(0, flags);
@@ -405,7 +410,8 @@ private:
     return at + (pair ? 2 : 1);
   }
 
-  // A tip without a terminator runs on into the line behind it, and a CR at its end meets a lone LF there.
+  // A tip without a terminator runs on into the line behind it, and a CR at its end meets a lone LF
+  // there.
   void joinBehind() {
     if (tip_ + 1 == pieces_.size()) {
       if (end_ == array_.objects_.size())
@@ -444,15 +450,18 @@ private:
   /// What is left of the line that holds the end of the range, if that is a line of its own now.
   std::optional<Piece> behind_;
   std::vector<Piece> pieces_;
-  /// The index in `pieces_` of the last line that holds new text, or of the current line if there is none.
+  /// The index in `pieces_` of the last line that holds new text, or of the current line if there
+  /// is none.
   std::size_t tip_ = 0;
   std::vector<Object*> dropped_;
 };
 
 template <class Storage>
 void UTF16LineArray<Storage>::replaceSubrange(TextRange range, std::u16string_view text) {
-  precondition(range.lowerBound >= 0 && range.upperBound <= count(), "An edit reaches outside the text.");
-  precondition(text.size() <= std::numeric_limits<std::uint32_t>::max() - asSize(count() - range.length()),
+  precondition(range.lowerBound >= 0 && range.upperBound <= count(),
+               "An edit reaches outside the text.");
+  precondition(text.size() <=
+                   std::numeric_limits<std::uint32_t>::max() - asSize(count() - range.length()),
                "A text can't hold more than 4,294,967,295 code units.");
   if (!replaceInsideLine(range, text))
     Edit(*this, range, text).perform();
@@ -463,12 +472,14 @@ void UTF16LineArray<Storage>::replaceSubrange(TextRange range, std::string_view 
   replaceSubrange(range, utf16RepairingUTF8(utf8));
 }
 
-// Nearly all edits: no terminator comes, goes or is touched, so the line only gets longer or shorter.
+// Nearly all edits: no terminator comes, goes or is touched, so the line only gets longer or
+// shorter.
 template <class Storage>
 bool UTF16LineArray<Storage>::replaceInsideLine(TextRange range, std::u16string_view text) {
   const auto index = asSize(indexOfLineContaining(range.lowerBound));
   Object& object = *objects_[index];
-  if (range.upperBound > static_cast<std::int64_t>(starts_[index + 1]) - object.flags.lineEndingCount())
+  if (range.upperBound >
+      static_cast<std::int64_t>(starts_[index + 1]) - object.flags.lineEndingCount())
     return false;
   if (indexOfLineBreak(text, 0) != text.size())
     return false;
@@ -476,7 +487,8 @@ bool UTF16LineArray<Storage>::replaceInsideLine(TextRange range, std::u16string_
     const std::int64_t start = starts_[index];
     object.storage.replaceSubrange({range.lowerBound - start, range.upperBound - start}, text);
   }
-  const auto delta = static_cast<std::uint32_t>(static_cast<std::int64_t>(text.size()) - range.length());
+  const auto delta =
+      static_cast<std::uint32_t>(static_cast<std::int64_t>(text.size()) - range.length());
   if (delta != 0) {
     // Negative deltas wrap around, and so do the sums.
     std::uint32_t* const end = starts_.data() + starts_.size();
@@ -489,12 +501,13 @@ bool UTF16LineArray<Storage>::replaceInsideLine(TextRange range, std::u16string_
 // Puts `pieces` in place of the lines `first` up to `end`, and moves the starts behind by `delta`.
 template <class Storage>
 void UTF16LineArray<Storage>::splice(std::size_t first, std::size_t end,
-                                     std::span<const typename Edit::Piece> pieces, std::int64_t delta) {
+                                     std::span<const Piece> pieces, std::int64_t delta) {
   const std::size_t oldCount = objects_.size();
   const std::size_t newCount = oldCount - (end - first) + pieces.size();
   const std::size_t behind = first + pieces.size();
   if (newCount > oldCount) {
-    // Growing by half at least, as vectors do, but no more than an eighth for documents of many lines.
+    // Growing by half at least, as vectors do, but no more than an eighth for documents of many
+    // lines.
     if (newCount + 1 > starts_.capacity()) {
       const std::size_t room = newCount + std::max<std::size_t>(16, oldCount / 8) + 1;
       starts_.reserve(room);
@@ -504,7 +517,8 @@ void UTF16LineArray<Storage>::splice(std::size_t first, std::size_t end,
     objects_.resize(newCount);
   }
   std::memmove(objects_.data() + behind, objects_.data() + end, (oldCount - end) * sizeof(Object*));
-  std::memmove(starts_.data() + behind, starts_.data() + end, (oldCount - end + 1) * sizeof(std::uint32_t));
+  std::memmove(starts_.data() + behind, starts_.data() + end,
+               (oldCount - end + 1) * sizeof(std::uint32_t));
   if (newCount < oldCount) {
     starts_.resize(newCount + 1);
     objects_.resize(newCount);
@@ -524,7 +538,8 @@ void UTF16LineArray<Storage>::splice(std::size_t first, std::size_t end,
 
 template <class Storage>
 void UTF16LineArray<Storage>::checkInvariants() const {
-  precondition(!objects_.empty() && starts_.size() == objects_.size() + 1, "A text has at least one line.");
+  precondition(!objects_.empty() && starts_.size() == objects_.size() + 1,
+               "A text has at least one line.");
   precondition(starts_.front() == 0, "The first line starts at 0.");
   precondition(objects_.back()->flags.isEmpty(), "The last line has no terminator.");
   for (std::size_t index = 0; index < objects_.size(); ++index) {
@@ -536,14 +551,17 @@ void UTF16LineArray<Storage>::checkInvariants() const {
     precondition(last || !object.flags.isEmpty(), "Every line but the last has a terminator.");
     if constexpr (ContiguousLineStorage<Storage>) {
       const std::u16string_view units = object.storage.codeUnits();
-      precondition(units.size() == starts_[index + 1] - starts_[index], "A line's text is as long as its range.");
-      const std::u16string_view ending = units.substr(units.size() - asSize(object.flags.lineEndingCount()));
+      precondition(units.size() == starts_[index + 1] - starts_[index],
+                   "A line's text is as long as its range.");
+      const std::u16string_view ending =
+          units.substr(units.size() - asSize(object.flags.lineEndingCount()));
       precondition(ending == (object.flags == LineFlags::crlf ? u"\r\n"
                               : object.flags == LineFlags::cr ? u"\r"
                               : object.flags == LineFlags::lf ? u"\n"
                                                               : u""),
                    "A line's text ends as its flags say.");
-      precondition(indexOfLineBreak(units, 0) == units.size() - ending.size(), "A line holds one terminator.");
+      precondition(indexOfLineBreak(units, 0) == units.size() - ending.size(),
+                   "A line holds one terminator.");
     }
   }
 }

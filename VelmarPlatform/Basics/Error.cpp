@@ -4,6 +4,8 @@
 
 namespace velmar {
 
-std::string systemErrorText(int code) { return std::generic_category().message(code); }
+std::string systemErrorText(int code) {
+  return std::generic_category().message(code);
+}
 
 } // namespace velmar

@@ -7,9 +7,11 @@
 
 namespace velmar {
 
-/// A failure with a sentence for people. Named error types derive from it and add what their catchers need.
+/// A failure with a sentence for people. Named error types derive from it and add what their
+/// catchers need.
 ///
-/// Thrown by value and caught by reference. The object is immutable once thrown: several waiters may look at one.
+/// Thrown by value and caught by reference. The object is immutable once thrown: several waiters
+/// may look at one.
 class Error : public std::exception {
 public:
   explicit Error(std::string message) : message_(std::move(message)) {}
@@ -22,7 +24,8 @@ private:
   std::string message_;
 };
 
-/// Something that the operating system was asked for and didn't give: opening a file, reading it, and the like.
+/// Something that the operating system was asked for and didn't give: opening a file, reading it,
+/// and the like.
 class SystemError : public Error {
 public:
   /// `code` is the `errno` of the call that failed.

@@ -1,4 +1,5 @@
-// Several lambdas as one visitor: `std::visit(Overloaded{[](int) {…}, [](const std::string&) {…}}, value)`.
+// Several lambdas as one visitor: `std::visit(Overloaded{[](int) {…}, [](const std::string&) {…}},
+// value)`.
 #pragma once
 
 namespace velmar {

@@ -14,8 +14,8 @@
 
 namespace velmar {
 
-/// The values from `lowerBound` up to, and not including, `upperBound`. Never reversed: making such a range stops the
-/// process. An empty range still has a place.
+/// The values from `lowerBound` up to, and not including, `upperBound`. Never reversed: making such
+/// a range stops the process. An empty range still has a place.
 template <class Bound>
 struct Range {
   Bound lowerBound{};
@@ -37,7 +37,8 @@ struct Range {
   [[nodiscard]] constexpr bool containsRange(const Range& other) const {
     return !(other.lowerBound < lowerBound) && !(upperBound < other.upperBound);
   }
-  /// Whether some value lies in both. Ranges that only touch don't overlap, and an empty range overlaps nothing.
+  /// Whether some value lies in both. Ranges that only touch don't overlap, and an empty range
+  /// overlaps nothing.
   [[nodiscard]] constexpr bool overlaps(const Range& other) const {
     return std::max(lowerBound, other.lowerBound) < std::min(upperBound, other.upperBound);
   }
@@ -62,7 +63,8 @@ struct Range {
 template <class Bound>
 Range(Bound, Bound) -> Range<Bound>;
 
-/// UTF-16 code units of a document, counted from its start, or of a line or string where a function says so.
+/// UTF-16 code units of a document, counted from its start, or of a line or string where a function
+/// says so.
 using TextRange = Range<std::int64_t>;
 
 /// Writes "2..<5".

@@ -1,6 +1,6 @@
-// A value or the reason why there is none, for tries whose failure is usually dropped or kept: either-or decoding,
-// query caches. A failure that travels is thrown instead (see Error.h). Shaped like std::expected, which our standard
-// library doesn't have yet.
+// A value or the reason why there is none, for tries whose failure is usually dropped or kept:
+// either-or decoding, query caches. A failure that travels is thrown instead (see Error.h). Shaped
+// like std::expected, which our standard library doesn't have yet.
 #pragma once
 
 #include "VelmarPlatform/Basics/Precondition.h"
@@ -21,7 +21,9 @@ struct Failure {
 template <class T, class E>
 class [[nodiscard]] Result {
 public:
-  Result(T value) : storage_(std::in_place_index<0>, std::move(value)) {} // NOLINT(google-explicit-constructor): a value is a result
+  Result(T value)
+      : storage_(std::in_place_index<0>, std::move(value)) {
+  }                          // NOLINT(google-explicit-constructor): a value is a result
   Result(Failure<E> failure) // NOLINT(google-explicit-constructor): likewise
       : storage_(std::in_place_index<1>, std::move(failure.error)) {}
 

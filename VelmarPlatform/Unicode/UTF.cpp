@@ -42,7 +42,8 @@ DecodedScalar decodeUTF8(std::string_view text, std::size_t index) noexcept {
   const unsigned lead = byteAt(0);
   if (lead < 0x80)
     return {lead, 1, true};
-  // The second byte's bounds depend on the lead, which rules out overlong forms, surrogates and too large values.
+  // The second byte's bounds depend on the lead, which rules out overlong forms, surrogates and too
+  // large values.
   unsigned length = 0;
   unsigned low = 0x80;
   unsigned high = 0xBF;
@@ -124,7 +125,8 @@ std::u16string utf16RepairingUTF8(std::string_view text, std::size_t* repairs) {
     const std::size_t start = result.size();
     result.resize(start + run);
     for (std::size_t offset = 0; offset < run; ++offset)
-      result[start + offset] = static_cast<char16_t>(static_cast<unsigned char>(text[index + offset]));
+      result[start + offset] =
+          static_cast<char16_t>(static_cast<unsigned char>(text[index + offset]));
     index += run;
     if (index == text.size())
       break;
