@@ -1,0 +1,51 @@
+// How measurements are judged and written: one line for each pair, in columns that fit whatever is
+// printed later.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmar::bench {
+
+/// What was measured of one pair: medians in nanoseconds, and instructions, each for one iteration.
+struct PairResult {
+  std::string name;
+  double bound = 0; ///< 0 promises nothing.
+  double floorTime = 0;
+  double oursTime = 0;
+  std::optional<double> floorInstructions =
+      std::nullopt; ///< Absent where nothing could count them.
+  std::optional<double> oursInstructions = std::nullopt;
+};
+
+/// Of a plain benchmark. Rates are absent where the benchmark gave none.
+struct PlainResult {
+  std::string name;
+  double time = 0; ///< Nanoseconds for one iteration.
+  std::optional<double> bytesPerSecond = std::nullopt;
+  std::optional<double> itemsPerSecond = std::nullopt;
+  std::string complexity; ///< Such as "3.1 ns · N log N"; empty if it wasn't asked for.
+};
+
+/// Instructions of ours for each of the floor's; absent if they weren't counted or the floor has
+/// none.
+[[nodiscard]] std::optional<double> instructionRatio(const PairResult& result);
+/// Whether the pair breaks its promise, which only instructions can show.
+[[nodiscard]] bool isOverBound(const PairResult& result);
+
+/// The middle one, or the mean of the two middle ones. There must be one at least.
+[[nodiscard]] double median(std::vector<double> values);
+
+/// Three digits and a unit: "1.23 µs".
+[[nodiscard]] std::string timeText(double nanoseconds);
+/// Three digits with a decimal prefix: "20.1 M".
+[[nodiscard]] std::string quantityText(double value);
+
+/// Lines without their line break.
+[[nodiscard]] std::string pairHeading();
+[[nodiscard]] std::string lineFor(const PairResult& result);
+[[nodiscard]] std::string plainHeading();
+[[nodiscard]] std::string lineFor(const PlainResult& result);
+
+} // namespace velmar::bench
