@@ -23,6 +23,8 @@ namespace {
 class ProcessorCounter final : public InstructionCounter {
 public:
   explicit ProcessorCounter(int descriptor) : descriptor_(descriptor) {}
+  ProcessorCounter(const ProcessorCounter&) = delete;
+  ProcessorCounter& operator=(const ProcessorCounter&) = delete;
   ~ProcessorCounter() override { close(descriptor_); }
 
   void start() override {

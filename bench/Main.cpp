@@ -169,7 +169,7 @@ int printPairs(const Options& options) {
   CountSource source(options);
   prepareTiming(options.timing);
   if (options.heading)
-    std::cout << pairHeading() << std::endl;
+    std::cout << pairHeading() << '\n' << std::flush;
   bool someOver = false;
   for (const SinglePair& pair : chosenPairs(options)) {
     PairResult result{.name = pair.name, .bound = pair.bound};
@@ -178,11 +178,11 @@ int printPairs(const Options& options) {
       result.oursInstructions = counts->ours;
     }
     timePair(pair, result);
-    std::cout << lineFor(result) << std::endl; // flushed: the next line takes seconds
+    std::cout << lineFor(result) << '\n' << std::flush; // flushed: the next line takes seconds
     someOver = someOver || isOverBound(result);
   }
   for (const LeftOut& leftOut : leftOutPairs())
-    std::cout << leftOut.name << ": left out, " << leftOut.reason << std::endl;
+    std::cout << leftOut.name << ": left out, " << leftOut.reason << '\n' << std::flush;
   return someOver ? 1 : 0;
 }
 
@@ -201,12 +201,14 @@ int printPlain(const Options& options) {
 /// takes, and callgrind as one for each byte.
 void countCopiesLikeOtherWork(char** arguments) {
   constexpr const char* variable = "GLIBC_TUNABLES";
+  // NOLINTBEGIN(concurrency-mt-unsafe): there is no other thread yet
   if (std::getenv(variable))
     return; // chosen by the caller, or by us before the start
   setenv(
       variable,
       "glibc.cpu.x86_rep_movsb_threshold=1000000000:glibc.cpu.x86_rep_stosb_threshold=1000000000",
       0);
+  // NOLINTEND(concurrency-mt-unsafe)
   execv("/proc/self/exe",
         arguments); // comes back only if it can't; the copies then count for little
 }

@@ -58,7 +58,7 @@ void State::resume() {
     counter_->resume();
 }
 
-bool registerPair(Pair pair) {
+bool registerPair(const Pair& pair) {
   auto& pairs = registry().pairs;
   if (pair.sizes.empty())
     pairs.push_back({pair.name, pair.bound, pair.floor, pair.ours, 0, pair.clock});

@@ -102,15 +102,15 @@ struct Pair {
       0; ///< The most that `ours` may take, in instructions of `floor`; 0 promises nothing.
   Side floor;
   Side ours;
-  std::vector<std::int64_t> sizes =
-      {}; ///< Each makes a pair of its own, "name/size"; none makes a single one.
+  /// Each makes a pair of its own, "name/size"; none makes a single one.
+  std::vector<std::int64_t> sizes = {}; // NOLINT(readability-redundant-member-init): may be omitted
   Clock clock = Clock::thread;
 };
 
 /// Adds a pair to the table. For pairs that are known only at run time; the others use VELMAR_PAIR.
 /// Call it while the program is initialised, from one thread. Always true, so that a constant can
 /// be initialised with it.
-bool registerPair(Pair pair);
+bool registerPair(const Pair& pair);
 
 /// Tells the table that `name` isn't measured here and why: "VELMAR_TRACES isn't set", say. Called
 /// like `registerPair`.

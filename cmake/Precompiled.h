@@ -1,5 +1,5 @@
-// The standard headers that most sources use, compiled once. Every file still includes what it uses: it must compile
-// without this.
+// The standard headers that most sources use, compiled once. Every file still includes what it
+// uses: it must compile without this.
 #pragma once
 
 #include <algorithm>

@@ -53,9 +53,9 @@ void checkFromUTF16(std::u16string_view units) {
   precondition(utf8FromUTF16(units) == (valid ? std::optional(text) : std::nullopt),
                "The checked form gives what the repairing one does, or nothing.");
   // A lone surrogate becomes one U+FFFD, so the length stays in any case.
-  const std::optional<std::u16string> back = utf16FromUTF8(text);
-  precondition(back && back->size() == units.size(), "No unit is lost.");
-  precondition(!valid || *back == units, "Valid text comes back as it was.");
+  const std::u16string back = utf16FromUTF8(text).value_or(std::u16string());
+  precondition(back.size() == units.size(), "No unit is lost.");
+  precondition(!valid || back == units, "Valid text comes back as it was.");
 }
 
 } // namespace

@@ -21,9 +21,8 @@ struct Failure {
 template <class T, class E>
 class [[nodiscard]] Result {
 public:
-  Result(T value)
-      : storage_(std::in_place_index<0>, std::move(value)) {
-  }                          // NOLINT(google-explicit-constructor): a value is a result
+  Result(T value) // NOLINT(google-explicit-constructor): a value is a result
+      : storage_(std::in_place_index<0>, std::move(value)) {}
   Result(Failure<E> failure) // NOLINT(google-explicit-constructor): likewise
       : storage_(std::in_place_index<1>, std::move(failure.error)) {}
 
