@@ -287,7 +287,7 @@ CompiledPattern::Search CompiledPattern::searchByEngine(std::u16string_view text
     for (std::int32_t group = 0; group <= groupCount_; ++group) {
       const std::int32_t lower = uregex_start(regex, group, &status);
       const std::int32_t upper = uregex_end(regex, group, &status);
-      if (lower < 0)
+      if (lower < 0 || upper < lower)
         groups->emplace_back();
       else
         groups->emplace_back(TextRange(lower, upper));
