@@ -220,7 +220,7 @@ RegularExpression::matchIn(std::u16string_view text, Start start,
   CompiledPattern::Groups groups;
   if (!search(text, 0, start, pass, &groups))
     return std::nullopt;
-  return DocumentMatch(compiled_, elementsOf(text, groups));
+  return matchOf(compiled_, text, groups);
 }
 
 std::optional<RegularExpression::Match>
@@ -229,7 +229,7 @@ RegularExpression::matchIn(std::string_view text, Start start, RegularExpression
   const TranscodedText transcoded(text);
   if (!search(transcoded.units(), 0, start, pass, &groups))
     return std::nullopt;
-  return Match(compiled_, elementsOf(transcoded, groups));
+  return matchOf(compiled_, transcoded, groups);
 }
 
 std::ostream& operator<<(std::ostream& stream, const RegularExpression& expression) {

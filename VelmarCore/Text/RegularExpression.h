@@ -106,6 +106,7 @@ public:
 
 private:
   friend class RegularExpressionPass;
+  friend class RegexScanner;
   template <class Unit>
   friend class RegularExpressionMatches;
 

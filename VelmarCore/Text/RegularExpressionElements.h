@@ -1,11 +1,14 @@
-// From the engine's ranges to the elements of a match. Private to the regular expressions.
+// From the engine's ranges to a match. Private to the regular expressions.
 #pragma once
 
 #include "VelmarCore/Text/RegularExpressionMatch.h"
 #include "VelmarCore/Text/TranscodedText.h"
 
 #include <cstddef>
+#include <memory>
+#include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velmar {
@@ -18,20 +21,22 @@ elementOf(std::basic_string_view<Unit> text, TextRange range) {
           range};
 }
 
-/// The elements for a search in document text.
-[[nodiscard]] inline std::vector<RegularExpressionMatch<char16_t>::Element>
-elementsOf(std::u16string_view text, const CompiledPattern::Groups& groups) {
+/// The match for a search in document text.
+[[nodiscard]] inline RegularExpressionMatch<char16_t>
+matchOf(const std::shared_ptr<const CompiledPattern>& pattern, std::u16string_view text,
+        const CompiledPattern::Groups& groups) {
   std::vector<RegularExpressionMatch<char16_t>::Element> elements(groups.size());
   for (std::size_t i = 0; i < groups.size(); ++i)
     if (groups[i])
       elements[i] = elementOf(text, *groups[i]);
-  return elements;
+  return {pattern, std::move(elements)};
 }
 
-/// The elements for a search in a string. A range that doesn't begin and end between characters becomes absent; the
-/// engine gives none such for the whole match.
-[[nodiscard]] inline std::vector<RegularExpressionMatch<char>::Element>
-elementsOf(const TranscodedText& text, const CompiledPattern::Groups& groups) {
+/// The match for a search in a string. A group that doesn't begin and end between characters becomes absent, and so does
+/// the match if it is the whole: a pattern that ends in half a surrogate pair can do that.
+[[nodiscard]] inline std::optional<RegularExpressionMatch<char>>
+matchOf(const std::shared_ptr<const CompiledPattern>& pattern, const TranscodedText& text,
+        const CompiledPattern::Groups& groups) {
   std::vector<RegularExpressionMatch<char>::Element> elements(groups.size());
   for (std::size_t i = 0; i < groups.size(); ++i) {
     if (!groups[i])
@@ -41,7 +46,9 @@ elementsOf(const TranscodedText& text, const CompiledPattern::Groups& groups) {
     if (lower && upper)
       elements[i] = elementOf(text.bytes(), TextRange(*lower, *upper));
   }
-  return elements;
+  if (!elements.front().range)
+    return std::nullopt;
+  return RegularExpressionMatch<char>(pattern, std::move(elements));
 }
 
 } // namespace velmar

@@ -44,9 +44,9 @@ void RegularExpressionMatches<Unit>::Iterator::advance() {
     index_ += decodeUTF16(units_, index_).length;
 
   if constexpr (std::is_same_v<Unit, char>)
-    match_.emplace(expression.compiled_, elementsOf(*transcoded_, groups));
+    match_ = matchOf(expression.compiled_, *transcoded_, groups);
   else
-    match_.emplace(expression.compiled_, elementsOf(units_, groups));
+    match_ = matchOf(expression.compiled_, units_, groups);
 }
 
 template class RegularExpressionMatches<char>;

@@ -318,6 +318,14 @@ TEST(RegularExpression, LoneSurrogatesAreCharactersOfTheirOwn) {
   EXPECT_EQ(rangeOf(RegularExpression("\\b").firstMatchIn(lead)), R(0, 0));
 }
 
+TEST(RegularExpression, AMatchOfHalfACharacterIsNoMatchInAString) {
+  const RegularExpression half("x\\uD83D");
+  EXPECT_EQ(rangeOf(half.firstMatchIn(std::u16string{u'x', 0xD83D})), R(0, 2));
+  EXPECT_FALSE(half.firstMatchIn("x😀"));
+  EXPECT_THAT(rangesOf(half.matchesIn("x😀x😀")), IsEmpty());
+  EXPECT_FALSE(half.firstMatchIn("x\xED\xA0\xBD")) << "a surrogate isn't UTF-8";
+}
+
 TEST(RegularExpression, NullCharactersAreOrdinary) {
   using namespace std::string_view_literals;
   EXPECT_EQ(rangeOf(RegularExpression("b").firstMatchIn("a\0b"sv)), R(2, 3));
