@@ -8,7 +8,7 @@ bool CharacterClass::contains(std::string_view character) const noexcept {
   if (character.empty())
     return false;
   if (character == "\r\n")
-    return containsASCII('\r') && containsASCII('\n');
+    return lineBreakPair_;
   if (character.size() == 1 && static_cast<unsigned char>(character.front()) < 0x80)
     return containsASCII(character.front());
   switch (others_) {

@@ -1,5 +1,6 @@
-// Classes of characters for hand-written scanners, such as "a digit" or "a brace or a backslash". They stand for the
-// bracket expressions that a regular expression would have, and cost a look into a table.
+// Classes of characters for hand-written scanners, such as "a digit" or "a brace or a backslash".
+// They stand for the bracket expressions that a regular expression would have, and cost a look into
+// a table.
 //
 //     using namespace CharacterClasses;
 //     constexpr CharacterClass wordCharacter = letter | digit | CharacterClass::anyOf("_");
@@ -16,9 +17,11 @@
 
 namespace velmar {
 
-/// A set of characters (grapheme clusters): any of the ASCII ones, and of the others none, all, or the white space.
+/// A set of characters (grapheme clusters): any of the ASCII ones, and of the others none, all, or
+/// the white space.
 ///
-/// An ASCII letter with an accent that combines isn't ASCII. CR LF, one character, is in a class that has both.
+/// An ASCII letter with an accent that combines isn't ASCII. CR LF, one character, is in a class
+/// that has both; and in the complement of one that hasn't.
 class CharacterClass {
 public:
   /// The characters of `characters`, which must be ASCII (else the process stops).
@@ -44,6 +47,10 @@ public:
 
   /// Whether `character`, one grapheme cluster in UTF-8, is in the class. False for an empty one.
   [[nodiscard]] bool contains(std::string_view character) const noexcept;
+  /// The same, so that a class serves wherever a question about a character is asked for.
+  [[nodiscard]] bool operator()(std::string_view character) const noexcept {
+    return contains(character);
+  }
   /// Whether an ASCII character is in the class.
   [[nodiscard]] constexpr bool containsASCII(char character) const noexcept {
     const auto value = static_cast<unsigned>(character);
@@ -57,6 +64,8 @@ public:
     // The bits of the two halves of what isn't ASCII: white space, and all else.
     result.others_ =
         static_cast<Others>(static_cast<unsigned>(others_) | static_cast<unsigned>(other.others_));
+    result.lineBreakPair_ =
+        lineBreakPair_ || other.lineBreakPair_ || result.hasBothHalvesOfTheLineBreakPair();
     return result;
   }
   /// What isn't in the class.
@@ -64,6 +73,7 @@ public:
     CharacterClass result;
     result.ascii_ = {~ascii_[0], ~ascii_[1]};
     result.others_ = static_cast<Others>(static_cast<unsigned>(others_) ^ 3U);
+    result.lineBreakPair_ = !lineBreakPair_;
     return result;
   }
 
@@ -78,10 +88,15 @@ private:
       preconditionFailed("A character class lists ASCII characters only.",
                          std::source_location::current());
     ascii_[value >> 6] |= std::uint64_t{1} << (value & 63);
+    lineBreakPair_ = hasBothHalvesOfTheLineBreakPair();
+  }
+  [[nodiscard]] constexpr bool hasBothHalvesOfTheLineBreakPair() const noexcept {
+    return containsASCII('\r') && containsASCII('\n');
   }
 
   std::array<std::uint64_t, 2> ascii_{};
   Others others_ = Others::none;
+  bool lineBreakPair_ = false;
 };
 
 /// One or more characters of a class in a row, as many as there are.

@@ -23,16 +23,16 @@ struct RegexDeleter {
 };
 using RegexPointer = std::unique_ptr<URegularExpression, RegexDeleter>;
 
-/// What the engine may keep to come back to, in bytes. Enough for a quoted text of some hundred thousand characters
-/// inside a repeated group; memory is only taken as it is needed.
+/// What the engine may keep to come back to, in bytes. Enough for a quoted text of some hundred
+/// thousand characters inside a repeated group; memory is only taken as it is needed.
 constexpr std::int32_t stackLimit = 64 << 20;
 
-/// Texts from this length on are watched at every attempt: there a single attempt may take long without the engine
-/// ever counting a step.
+/// Texts from this length on are watched at every attempt: there a single attempt may take long
+/// without the engine ever counting a step.
 constexpr std::size_t longText = 4096;
 
-/// Watches the clock for one search. The engine calls back each ten thousand steps or so, which is a fraction of a
-/// millisecond: a search that is over before that never looks at the clock.
+/// Watches the clock for one search. The engine calls back each ten thousand steps or so, which is
+/// a fraction of a millisecond: a search that is over before that never looks at the clock.
 struct Watch {
   std::chrono::nanoseconds limit{0};
   Clock::time_point start;
@@ -136,8 +136,8 @@ const char* wordsFor(UErrorCode code) {
   }
 }
 
-/// The byte of `pattern` behind `column` characters of line `line`, as the engine counts them: lines from 1, line
-/// breaks as no character, and CR LF as one break.
+/// The byte of `pattern` behind `column` characters of line `line`, as the engine counts them:
+/// lines from 1, line breaks as no character, and CR LF as one break.
 std::int64_t patternOffset(std::string_view pattern, std::int32_t line, std::int32_t column) {
   std::int32_t currentLine = 1;
   std::int32_t currentColumn = 0;
@@ -239,9 +239,9 @@ CompiledPattern::Search CompiledPattern::search(std::u16string_view text, std::s
   if (!hit)
     return {};
   if (groups != nullptr)
-    groups->assign(static_cast<std::size_t>(groupCount_) + 1,
-                   TextRange(static_cast<std::int64_t>(hit->start),
-                             static_cast<std::int64_t>(hit->end)));
+    groups->assign(
+        static_cast<std::size_t>(groupCount_) + 1,
+        TextRange(static_cast<std::int64_t>(hit->start), static_cast<std::int64_t>(hit->end)));
   return {Outcome::found};
 }
 

@@ -1,5 +1,5 @@
-// A pattern in the form that the expression engine runs, with matchers kept at hand. This is the one place that talks to
-// the engine. RegularExpression is what everybody else uses.
+// A pattern in the form that the expression engine runs, with matchers kept at hand. This is the
+// one place that talks to the engine. RegularExpression is what everybody else uses.
 #pragma once
 
 #include "VelmarCore/Text/RegularExpressionOptions.h"
@@ -20,8 +20,9 @@ namespace velmar {
 class LiteralPattern;
 class RegularExpressionError;
 
-/// One compiled pattern. Immutable for its users, so any number of threads may search with one at the same time: each
-/// search borrows a matcher, and a small lock-free set keeps the matchers that aren't in use.
+/// One compiled pattern. Immutable for its users, so any number of threads may search with one at
+/// the same time: each search borrows a matcher, and a small lock-free set keeps the matchers that
+/// aren't in use.
 class CompiledPattern {
 public:
   enum class Start : std::uint8_t { anywhere, anchored };
@@ -31,12 +32,14 @@ public:
     /// The time or the memory allowed for one search ran out.
     stopped,
   };
-  /// What a search came to. `time` is zero for searches that were too short for looking at the clock to pay.
+  /// What a search came to. `time` is zero for searches that were too short for looking at the
+  /// clock to pay.
   struct Search {
     Outcome outcome = Outcome::notFound;
     std::chrono::nanoseconds time{0};
   };
-  /// The ranges of a match in the units searched: the whole match first, then each group, absent if it took no part.
+  /// The ranges of a match in the units searched: the whole match first, then each group, absent if
+  /// it took no part.
   using Groups = std::vector<std::optional<TextRange>>;
 
   [[nodiscard]] static Result<std::shared_ptr<const CompiledPattern>, RegularExpressionError>
@@ -54,12 +57,14 @@ public:
   /// Set if the pattern can be found without the engine.
   [[nodiscard]] const LiteralPattern* literal() const noexcept { return literal_.get(); }
 
-  /// Looks for the pattern in `text` from the unit `from` on; what lies in front of it can be seen by `^`, `\b` and by
-  /// looking behind. `groups`, if given, gets the ranges of a match. No allocation without `groups` once each thread
-  /// that searches at the same time has its matcher. A text of 2 GB or more is never searched: `stopped`.
+  /// Looks for the pattern in `text` from the unit `from` on; what lies in front of it can be seen
+  /// by `^`, `\b` and by looking behind. `groups`, if given, gets the ranges of a match. No
+  /// allocation without `groups` once each thread that searches at the same time has its matcher. A
+  /// text of 2 GB or more is never searched: `stopped`.
   [[nodiscard]] Search search(std::u16string_view text, std::size_t from, Start start,
                               std::chrono::nanoseconds timeLimit, Groups* groups) const;
-  /// The same by the engine alone, also where `literal()` is set: what the short cut is tested against.
+  /// The same by the engine alone, also where `literal()` is set: what the short cut is tested
+  /// against.
   [[nodiscard]] Search searchByEngine(std::u16string_view text, std::size_t from, Start start,
                                       std::chrono::nanoseconds timeLimit, Groups* groups) const;
 

@@ -57,13 +57,14 @@ std::optional<std::u16string> takeLiteral(std::u16string_view& rest) {
     }
   }
   // A quantifier would bind to the last character alone.
-  if (literal.empty() || (!rest.empty() && std::u16string_view(u"*?+{").find(rest[0]) != std::u16string_view::npos))
+  if (literal.empty() ||
+      (!rest.empty() && std::u16string_view(u"*?+{").find(rest[0]) != std::u16string_view::npos))
     return std::nullopt;
   return literal;
 }
 
-/// The places where `$` matches, ascending: in front of a line break that ends the text, and at the very end. The
-/// middle of a CR LF isn't one.
+/// The places where `$` matches, ascending: in front of a line break that ends the text, and at the
+/// very end. The middle of a CR LF isn't one.
 struct Ends {
   std::array<std::size_t, 2> places{};
   std::size_t count = 0;
@@ -154,9 +155,9 @@ std::optional<LiteralPattern::Hit> LiteralPattern::find(std::string_view text, s
 }
 
 template <class Unit>
-std::optional<LiteralPattern::Hit>
-LiteralPattern::findImpl(const Alternatives<Unit>& alternatives, std::basic_string_view<Unit> text,
-                         std::size_t from, bool anchored) const {
+std::optional<LiteralPattern::Hit> LiteralPattern::findImpl(const Alternatives<Unit>& alternatives,
+                                                            std::basic_string_view<Unit> text,
+                                                            std::size_t from, bool anchored) const {
   if (atStart_ && from > 0)
     return std::nullopt;
   if (atStart_ || anchored)
@@ -179,9 +180,9 @@ LiteralPattern::findImpl(const Alternatives<Unit>& alternatives, std::basic_stri
 }
 
 template <class Unit>
-std::optional<LiteralPattern::Hit>
-LiteralPattern::findAt(const Alternatives<Unit>& alternatives, std::basic_string_view<Unit> text,
-                       std::size_t start) const {
+std::optional<LiteralPattern::Hit> LiteralPattern::findAt(const Alternatives<Unit>& alternatives,
+                                                          std::basic_string_view<Unit> text,
+                                                          std::size_t start) const {
   const std::basic_string_view<Unit> rest = text.substr(start);
   if (rest.empty())
     return std::nullopt;

@@ -1,8 +1,9 @@
-// Patterns that are only text. Most patterns in query files are `^(if|else|while)$` and the like: what they look for can
-// be found by comparing units, many times faster than by running an expression engine.
+// Patterns that are only text. Most patterns in query files are `^(if|else|while)$` and the like:
+// what they look for can be found by comparing units, many times faster than by running an
+// expression engine.
 //
-// This knows nothing of the engine, and must agree with it in every answer; a pattern that isn't understood in full is
-// left to the engine. RegularExpression is the only user.
+// This knows nothing of the engine, and must agree with it in every answer; a pattern that isn't
+// understood in full is left to the engine. RegularExpression is the only user.
 #pragma once
 
 #include "VelmarCore/Text/RegularExpressionOptions.h"
@@ -16,10 +17,12 @@
 
 namespace velmar {
 
-/// One literal, or several of which the first that fits counts, with or without an anchor at either end.
+/// One literal, or several of which the first that fits counts, with or without an anchor at either
+/// end.
 ///
-/// Understood are literals (with punctuation behind a backslash), one group around the whole, and, behind `^` only,
-/// alternatives in that group. Letter case and comments count as written. Immutable; any thread.
+/// Understood are literals (with punctuation behind a backslash), one group around the whole, and,
+/// behind `^` only, alternatives in that group. Letter case and comments count as written.
+/// Immutable; any thread.
 class LiteralPattern {
 public:
   /// Absent if `pattern` needs the engine. `pattern` must be one that the engine has accepted.
@@ -31,8 +34,9 @@ public:
     std::size_t end = 0;
     bool operator==(const Hit&) const = default;
   };
-  /// The first place at or behind `from` where the pattern matches, in units of `text`; `from` alone is tried if
-  /// `anchored`. The capture group, if there is one, has the same range as the match.
+  /// The first place at or behind `from` where the pattern matches, in units of `text`; `from`
+  /// alone is tried if `anchored`. The capture group, if there is one, has the same range as the
+  /// match.
   [[nodiscard]] std::optional<Hit> find(std::u16string_view text, std::size_t from,
                                         bool anchored) const;
   [[nodiscard]] std::optional<Hit> find(std::string_view text, std::size_t from,

@@ -10,9 +10,9 @@ namespace velmar {
 
 /// A lock-free set of at most eight idle objects, each owned by the pool while it lies there.
 ///
-/// A thread begins at a slot of its own, so that threads seldom meet and a matcher stays warm in its thread's cache.
-/// Slots are only ever swapped whole, so a slot that was emptied and filled again in between can't be mistaken for the
-/// old one. Any thread.
+/// A thread begins at a slot of its own, so that threads seldom meet and a matcher stays warm in
+/// its thread's cache. Slots are only ever swapped whole, so a slot that was emptied and filled
+/// again in between can't be mistaken for the old one. Any thread.
 template <class Item>
 class MatcherPool {
 public:

@@ -125,8 +125,7 @@ std::optional<TextRange> RegexScanner::scanUpTo(const RegularExpression& express
   CompiledPattern::Groups groups;
   if (isAtEnd() || !search(expression, CompiledPattern::Start::anywhere, pass, groups))
     return moveTo(bounds_.upperBound);
-  return moveTo(
-      transcoded_->byteOffset(groups.front()->lowerBound).value_or(bounds_.upperBound));
+  return moveTo(transcoded_->byteOffset(groups.front()->lowerBound).value_or(bounds_.upperBound));
 }
 
 std::int64_t RegexScanner::endOfRun(const CharacterClass& characters) const {

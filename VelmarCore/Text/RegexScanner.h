@@ -1,5 +1,5 @@
-// A cursor on which hand-written parsers of small languages stand: scan, test, move on. What doesn't match moves
-// nothing.
+// A cursor on which hand-written parsers of small languages stand: scan, test, move on. What
+// doesn't match moves nothing.
 //
 //     RegexScanner scanner(text);
 //     scanner.scan(oneOrMore(whitespace));
@@ -8,9 +8,10 @@
 //       throw ParseError(…, scanner.currentIndex());
 //     while (scanner.scan('|')) …
 //
-// Three kinds of patterns serve everywhere: a plain string or ASCII character; a class of characters, or a run of them;
-// and a RegularExpression where the others don't reach. The first two walk by characters as people see them (grapheme
-// clusters), so that "e" isn't found in front of an accent that combines with it; expressions walk by scalars.
+// Three kinds of patterns serve everywhere: a plain string or ASCII character; a class of
+// characters, or a run of them; and a RegularExpression where the others don't reach. The first two
+// walk by characters as people see them (grapheme clusters), so that "e" isn't found in front of an
+// accent that combines with it; expressions walk by scalars.
 #pragma once
 
 #include "VelmarCore/Text/CharacterClass.h"
@@ -28,15 +29,17 @@ namespace velmar {
 
 class TranscodedText;
 
-/// A place in a borrowed UTF-8 text, or in a part of one. Indices count bytes of the whole text; so do the ranges of
-/// matches. Everything returned is borrowed from the text, which must outlive it and the scanner.
+/// A place in a borrowed UTF-8 text, or in a part of one. Indices count bytes of the whole text; so
+/// do the ranges of matches. Everything returned is borrowed from the text, which must outlive it
+/// and the scanner.
 ///
-/// A value: a copy goes its own way. One thread at a time. Time is linear in what is passed over; the first regular
-/// expression also converts the text once.
+/// A value: a copy goes its own way. One thread at a time. Time is linear in what is passed over;
+/// the first regular expression also converts the text once.
 class RegexScanner {
 public:
   explicit RegexScanner(std::string_view text);
-  /// Scans the part `bounds` of `base` and sees nothing of the rest. The bounds must lie within `base`.
+  /// Scans the part `bounds` of `base` and sees nothing of the rest. The bounds must lie within
+  /// `base`.
   RegexScanner(std::string_view base, TextRange bounds);
   /// The text must outlive the scanner.
   template <std::same_as<std::string> Temporary>
@@ -78,7 +81,8 @@ public:
   /// The character here, which is moved past.
   std::optional<std::string_view> scanCharacter();
 
-  /// Moves past what stands here if it matches, and gives it; absent at the end, whatever the pattern.
+  /// Moves past what stands here if it matches, and gives it; absent at the end, whatever the
+  /// pattern.
   std::optional<std::string_view> scan(std::string_view text);
   std::optional<std::string_view> scan(char character) { return scan({&character, 1}); }
   std::optional<std::string_view> scan(const CharacterClass& characters);
@@ -87,8 +91,8 @@ public:
   std::optional<RegularExpression::Match> scan(const RegularExpression& expression,
                                                RegularExpressionPass* pass = nullptr);
 
-  /// Moves to the next place where the pattern matches, or to the end if there is none, and gives the range passed
-  /// over; absent if that is empty.
+  /// Moves to the next place where the pattern matches, or to the end if there is none, and gives
+  /// the range passed over; absent if that is empty.
   std::optional<TextRange> scanUpTo(std::string_view text);
   std::optional<TextRange> scanUpTo(char character) { return scanUpTo({&character, 1}); }
   std::optional<TextRange> scanUpTo(const CharacterClass& characters);
@@ -107,7 +111,8 @@ private:
   std::string_view base_;
   TextRange bounds_;
   std::int64_t currentIndex_ = 0;
-  /// The base up to the end of the bounds, made for the first regular expression and shared by copies.
+  /// The base up to the end of the bounds, made for the first regular expression and shared by
+  /// copies.
   std::shared_ptr<const TranscodedText> transcoded_;
 };
 

@@ -37,7 +37,8 @@ std::optional<std::int64_t> takeNumber(std::basic_string_view<Unit>& rest, std::
   return number;
 }
 
-/// Takes `{name}` off the front of `rest`; the name must be letters and digits, as those of groups are.
+/// Takes `{name}` off the front of `rest`; the name must be letters and digits, as those of groups
+/// are.
 template <class Unit>
 std::optional<std::string> takeBracedName(std::basic_string_view<Unit>& rest) {
   const std::size_t end = rest.find(Unit('}'));

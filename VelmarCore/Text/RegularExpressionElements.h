@@ -32,8 +32,9 @@ matchOf(const std::shared_ptr<const CompiledPattern>& pattern, std::u16string_vi
   return {pattern, std::move(elements)};
 }
 
-/// The match for a search in a string. A group that doesn't begin and end between characters becomes absent, and so does
-/// the match if it is the whole: a pattern that ends in half a surrogate pair can do that.
+/// The match for a search in a string. A group that doesn't begin and end between characters
+/// becomes absent, and so does the match if it is the whole: a pattern that ends in half a
+/// surrogate pair can do that.
 [[nodiscard]] inline std::optional<RegularExpressionMatch<char>>
 matchOf(const std::shared_ptr<const CompiledPattern>& pattern, const TranscodedText& text,
         const CompiledPattern::Groups& groups) {

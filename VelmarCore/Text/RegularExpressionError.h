@@ -16,7 +16,8 @@ public:
       : Error("The regular expression isn't valid: " + reason + "."), reason_(std::move(reason)),
         offset_(offset) {}
 
-  /// What is wrong and where, to be put into a sentence: "a parenthesis has no partner at offset 3".
+  /// What is wrong and where, to be put into a sentence: "a parenthesis has no partner at offset
+  /// 3".
   [[nodiscard]] const std::string& reason() const noexcept { return reason_; }
   /// How many bytes of the pattern had been read when the fault was found.
   [[nodiscard]] std::int64_t offset() const noexcept { return offset_; }

@@ -13,16 +13,18 @@
 
 namespace velmar {
 
-/// One match: a collection of elements, of which the first is the whole match and the others are the groups by number.
+/// One match: a collection of elements, of which the first is the whole match and the others are
+/// the groups by number.
 ///
-/// All ranges count units of the text that was searched: UTF-16 code units if that was a document's text, bytes if it
-/// was a string. Substrings are borrowed from that text and end with it.
+/// All ranges count units of the text that was searched: UTF-16 code units if that was a document's
+/// text, bytes if it was a string. Substrings are borrowed from that text and end with it.
 template <class Unit>
 class RegularExpressionMatch {
 public:
   using View = std::basic_string_view<Unit>;
 
-  /// The whole match or a group. Both members are absent for a group that took no part in the match.
+  /// The whole match or a group. Both members are absent for a group that took no part in the
+  /// match.
   struct Element {
     std::optional<View> substring;
     std::optional<TextRange> range;
@@ -44,7 +46,8 @@ public:
   [[nodiscard]] auto begin() const noexcept { return elements_.begin(); }
   [[nodiscard]] auto end() const noexcept { return elements_.end(); }
 
-  /// The group `index`, the whole match for 0; an element with nothing in it for a number that the pattern doesn't have.
+  /// The group `index`, the whole match for 0; an element with nothing in it for a number that the
+  /// pattern doesn't have.
   [[nodiscard]] const Element& operator[](std::int64_t index) const noexcept {
     static const Element nothing;
     return index >= 0 && index < count() ? elements_[static_cast<std::size_t>(index)] : nothing;

@@ -23,11 +23,13 @@ struct RegularExpressionMatchesOptions {
   RegularExpressionPass* pass = nullptr;
 };
 
-/// A sequence of matches. Each search begins at the end of the last match, or one character behind it if that was
-/// empty, so the sequence always ends. What lies in front stays in sight: `^` matches at the start of the text or of a
-/// line only, and looking behind works. No search begins at the end of the text; so an empty text has no matches.
+/// A sequence of matches. Each search begins at the end of the last match, or one character behind
+/// it if that was empty, so the sequence always ends. What lies in front stays in sight: `^`
+/// matches at the start of the text or of a line only, and looking behind works. No search begins
+/// at the end of the text; so an empty text has no matches.
 ///
-/// Borrows the text. Walking it any number of times starts anew each time; an iterator belongs to one thread at a time.
+/// Borrows the text. Walking it any number of times starts anew each time; an iterator belongs to
+/// one thread at a time.
 template <class Unit>
 class RegularExpressionMatches {
 public:

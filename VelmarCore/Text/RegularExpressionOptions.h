@@ -1,11 +1,13 @@
-// How the pattern of a regular expression is to be read. The bits are part of stored forms and so never change.
+// How the pattern of a regular expression is to be read. The bits are part of stored forms and so
+// never change.
 #pragma once
 
 #include <cstdint>
 
 namespace velmar {
 
-/// A set of options; combine with `|`. Bits without a name have no effect, but count when expressions are compared.
+/// A set of options; combine with `|`. Bits without a name have no effect, but count when
+/// expressions are compared.
 enum class RegularExpressionOptions : std::uint32_t {
   none = 0,
   /// Letters match without regard to case, by Unicode's simple rules.

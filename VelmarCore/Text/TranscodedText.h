@@ -1,5 +1,5 @@
-// A UTF-8 text as the expression engine wants it, UTF-16, with the way back from offsets in the one to offsets in the
-// other. Used where patterns meet strings: RegularExpression and RegexScanner.
+// A UTF-8 text as the expression engine wants it, UTF-16, with the way back from offsets in the one
+// to offsets in the other. Used where patterns meet strings: RegularExpression and RegexScanner.
 #pragma once
 
 #include <array>
@@ -12,8 +12,8 @@
 
 namespace velmar {
 
-/// The UTF-16 form of a borrowed UTF-8 text. Short texts take no memory of their own. Bytes that aren't UTF-8 count as
-/// U+FFFD. Immutable; any thread.
+/// The UTF-16 form of a borrowed UTF-8 text. Short texts take no memory of their own. Bytes that
+/// aren't UTF-8 count as U+FFFD. Immutable; any thread.
 class TranscodedText {
 public:
   /// `text` must outlive this. O(n).
@@ -27,8 +27,8 @@ public:
 
   /// The byte where the character at `unitOffset` begins; absent inside a surrogate pair. O(1).
   [[nodiscard]] std::optional<std::int64_t> byteOffset(std::int64_t unitOffset) const;
-  /// The unit where the character at `byteOffset` begins, or that of the next character if it lies inside one.
-  /// O(log n), O(1) if the text is ASCII.
+  /// The unit where the character at `byteOffset` begins, or that of the next character if it lies
+  /// inside one. O(log n), O(1) if the text is ASCII.
   [[nodiscard]] std::int64_t unitOffset(std::int64_t byteOffset) const;
 
 private:
@@ -49,7 +49,8 @@ private:
   std::u16string_view units_;
   std::u16string storage_;
   std::array<char16_t, 128> shortStorage_;
-  /// For texts that aren't ASCII: the first character at or behind each multiple of the interval in units.
+  /// For texts that aren't ASCII: the first character at or behind each multiple of the interval in
+  /// units.
   std::vector<Place> places_;
 };
 

@@ -45,10 +45,10 @@ public:
     const bool found = anchored ? uregex_lookingAt(regex_.get(), place, &status)
                                 : uregex_find(regex_.get(), place, &status);
     std::vector<Hit> hits;
-    for (std::int32_t group = 0; found && group <= uregex_groupCount(regex_.get(), &status); ++group)
-      hits.push_back(
-          {static_cast<std::size_t>(uregex_start(regex_.get(), group, &status)),
-           static_cast<std::size_t>(uregex_end(regex_.get(), group, &status))});
+    for (std::int32_t group = 0; found && group <= uregex_groupCount(regex_.get(), &status);
+         ++group)
+      hits.push_back({static_cast<std::size_t>(uregex_start(regex_.get(), group, &status)),
+                      static_cast<std::size_t>(uregex_end(regex_.get(), group, &status))});
     EXPECT_TRUE(U_SUCCESS(status));
     return hits;
   }
@@ -62,14 +62,35 @@ private:
 
 /// Pieces that make many literal patterns, and some that only look like it.
 const std::vector<std::u16string> patternPieces = {
-    u"^", u"^(", u"^(?:", u"^(?<x>", u"(", u")", u")$", u"$", u"|", u"|", u"|", u"a", u"a", u"b",
-    u"ab", u"ba", u"é", u"😀", u"\\.", u"\\$", u"\\-", u"\\\\", u"\n", u"\r\n", u"]", u"-", u"#", u" ",
-    u"\u2028", u".", u"*", u"\\b", u"\\n", u"(?=", u"[a]"};
+    u"^",   u"^(",     u"^(?:", u"^(?<x>", u"(",   u")",    u")$",  u"$",  u"|",
+    u"|",   u"|",      u"a",    u"a",      u"b",   u"ab",   u"ba",  u"é",  u"😀",
+    u"\\.", u"\\$",    u"\\-",  u"\\\\",   u"\n",  u"\r\n", u"]",   u"-",  u"#",
+    u" ",   u"\u2028", u".",    u"*",      u"\\b", u"\\n",  u"(?=", u"[a]"};
 
-const std::vector<std::u16string> textPieces = {
-    u"a", u"a", u"b", u"ab", u"é", u"😀", u".", u"$", u"-", u"\\", u"\n", u"\r", u"\r\n", u"\u0085",
-    u"\u2028", u"\u2029", u"\v", u"\f", u"]", u"#", u" ", std::u16string(1, 0xD83D),
-    std::u16string(1, 0xDE00), std::u16string(1, 0)};
+const std::vector<std::u16string> textPieces = {u"a",
+                                                u"a",
+                                                u"b",
+                                                u"ab",
+                                                u"é",
+                                                u"😀",
+                                                u".",
+                                                u"$",
+                                                u"-",
+                                                u"\\",
+                                                u"\n",
+                                                u"\r",
+                                                u"\r\n",
+                                                u"\u0085",
+                                                u"\u2028",
+                                                u"\u2029",
+                                                u"\v",
+                                                u"\f",
+                                                u"]",
+                                                u"#",
+                                                u" ",
+                                                std::u16string(1, 0xD83D),
+                                                std::u16string(1, 0xDE00),
+                                                std::u16string(1, 0)};
 
 std::u16string join(const std::vector<std::u16string>& pieces, std::mt19937& random,
                     std::size_t most) {
@@ -87,16 +108,16 @@ TEST(LiteralPattern, AgreesWithTheEngineOnRandomPatternsAndTexts) {
     std::u16string pattern = join(patternPieces, random, 6);
     if (random() % 2 == 0) {
       // Well-formed more often than chance would have it.
-      pattern = u"^(" + join({u"a", u"b", u"ab", u"|", u"|", u"é", u"\\.", u"\n"}, random, 6) + u")";
+      pattern =
+          u"^(" + join({u"a", u"b", u"ab", u"|", u"|", u"é", u"\\.", u"\n"}, random, 6) + u")";
       pattern += random() % 2 == 0 ? u"$" : u"";
     }
     const auto options = random() % 4 == 0 ? Options(random() % 32) : Options::none;
     const auto bits = static_cast<std::uint32_t>(options);
-    Oracle oracle(pattern, ((bits & 1) ? UREGEX_CASE_INSENSITIVE : 0U) |
-                               ((bits & 2) ? UREGEX_COMMENTS : 0U) |
-                               ((bits & 4) ? UREGEX_LITERAL : 0U) |
-                               ((bits & 8) ? UREGEX_DOTALL : 0U) |
-                               ((bits & 16) ? UREGEX_MULTILINE : 0U));
+    Oracle oracle(pattern,
+                  ((bits & 1) ? UREGEX_CASE_INSENSITIVE : 0U) |
+                      ((bits & 2) ? UREGEX_COMMENTS : 0U) | ((bits & 4) ? UREGEX_LITERAL : 0U) |
+                      ((bits & 8) ? UREGEX_DOTALL : 0U) | ((bits & 16) ? UREGEX_MULTILINE : 0U));
     if (!oracle.isValid())
       continue;
     const auto literal = LiteralPattern::fromPattern(pattern, options);
@@ -111,8 +132,8 @@ TEST(LiteralPattern, AgreesWithTheEngineOnRandomPatternsAndTexts) {
       if (from > 0 && from < text.size() && isTrailSurrogate(text[from]))
         --from;
       const bool anchored = random() % 2 == 0;
-      SCOPED_TRACE(testing::Message() << "/" << utf8RepairingUTF16(pattern) << "/" << bits << " in '"
-                                      << utf8RepairingUTF16(text) << "' from " << from
+      SCOPED_TRACE(testing::Message() << "/" << utf8RepairingUTF16(pattern) << "/" << bits
+                                      << " in '" << utf8RepairingUTF16(text) << "' from " << from
                                       << (anchored ? " anchored" : ""));
       const std::vector<Hit> expected = oracle.find(text, from, anchored);
       const std::optional<Hit> hit = literal->find(std::u16string_view(text), from, anchored);
@@ -125,8 +146,8 @@ TEST(LiteralPattern, AgreesWithTheEngineOnRandomPatternsAndTexts) {
         const auto bytesBefore = [&](std::size_t unit) {
           return utf8RepairingUTF16(std::u16string_view(text).substr(0, unit)).size();
         };
-        const auto inBytes = literal->find(std::string_view(utf8RepairingUTF16(text)),
-                                           bytesBefore(from), anchored);
+        const auto inBytes =
+            literal->find(std::string_view(utf8RepairingUTF16(text)), bytesBefore(from), anchored);
         ASSERT_EQ(inBytes.has_value(), hit.has_value());
         if (hit)
           ASSERT_EQ(*inBytes, (Hit{bytesBefore(hit->start), bytesBefore(hit->end)}));
@@ -143,8 +164,8 @@ TEST(LiteralPattern, AllASCIICharactersMeanToTheEngineWhatTheyMeanHere) {
          {std::u16string{unit}, std::u16string{u'a', unit}, std::u16string{u'\\', unit},
           std::u16string{u'^', u'(', u'x', u'|', u'\\', unit, u')', u'$'}}) {
       Oracle oracle(pattern, 0);
-      const auto literal = oracle.isValid() ? LiteralPattern::fromPattern(pattern, Options::none)
-                                            : std::nullopt;
+      const auto literal =
+          oracle.isValid() ? LiteralPattern::fromPattern(pattern, Options::none) : std::nullopt;
       if (!literal)
         continue;
       for (const std::u16string& text :
@@ -173,18 +194,16 @@ TEST_P(LiteralPatternShapes, AreToldApart) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, LiteralPatternShapes,
-    testing::Values(ShapeCase{"Word", u"foo", true}, ShapeCase{"AnchoredWord", u"^foo$", true},
-                    ShapeCase{"AnchoredStart", u"^foo", true},
-                    ShapeCase{"Alternatives", u"^(a|b|c)$", true},
-                    ShapeCase{"UnnamedAlternatives", u"^(?:self|super)$", true},
-                    ShapeCase{"NamedAlternatives", u"^(?<n>self|super)", true},
-                    ShapeCase{"EscapedDot", u"^\\.foo$", true},
-                    ShapeCase{"FreeAlternatives", u"foo|bar", false},
-                    ShapeCase{"UnanchoredGroup", u"(foo|bar)", false},
-                    ShapeCase{"Class", u"^[A-Z]", false}, ShapeCase{"Quantifier", u"fo+", false},
-                    ShapeCase{"EmptyAlternative", u"^(a|)$", false},
-                    ShapeCase{"NestedGroup", u"^(a|(b))$", false},
-                    ShapeCase{"LookBehind", u"(?<!a)", false}),
+    testing::Values(
+        ShapeCase{"Word", u"foo", true}, ShapeCase{"AnchoredWord", u"^foo$", true},
+        ShapeCase{"AnchoredStart", u"^foo", true}, ShapeCase{"Alternatives", u"^(a|b|c)$", true},
+        ShapeCase{"UnnamedAlternatives", u"^(?:self|super)$", true},
+        ShapeCase{"NamedAlternatives", u"^(?<n>self|super)", true},
+        ShapeCase{"EscapedDot", u"^\\.foo$", true},
+        ShapeCase{"FreeAlternatives", u"foo|bar", false},
+        ShapeCase{"UnanchoredGroup", u"(foo|bar)", false}, ShapeCase{"Class", u"^[A-Z]", false},
+        ShapeCase{"Quantifier", u"fo+", false}, ShapeCase{"EmptyAlternative", u"^(a|)$", false},
+        ShapeCase{"NestedGroup", u"^(a|(b))$", false}, ShapeCase{"LookBehind", u"(?<!a)", false}),
     [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace

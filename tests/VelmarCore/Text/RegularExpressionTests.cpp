@@ -77,10 +77,10 @@ INSTANTIATE_TEST_SUITE_P(
         ascii("LiteralInTheMiddle", "foo", "a foo", u"a foo", R(2, 5), none, none),
         ascii("LiteralAtTheEnd", "foo$", "foofoo\n", u"foofoo\n", R(3, 6), none, none),
         ascii("DotStopsAtLineBreaks", ".+", "ab\ncd", u"ab\ncd", R(0, 2), R(0, 2), none),
-        MatchCase{"CountsBytesOrUnits", "\\d+", "é😀12", u"é😀12", R(6, 8), none, none, R(3, 5), none,
-                  none},
-        MatchCase{"LiteralsBehindOtherScripts", "日", "é日", u"é日", R(2, 5), none, none, R(1, 2), none,
-                  none},
+        MatchCase{"CountsBytesOrUnits", "\\d+", "é😀12", u"é😀12", R(6, 8), none, none, R(3, 5),
+                  none, none},
+        MatchCase{"LiteralsBehindOtherScripts", "日", "é日", u"é日", R(2, 5), none, none, R(1, 2),
+                  none, none},
         MatchCase{"OneEmojiIsOneCharacter", "^.$", "😀", u"😀", R(0, 4), R(0, 4), R(0, 4), R(0, 2),
                   R(0, 2), R(0, 2)}),
     [](const auto& row) { return std::string(row.param.name); });
@@ -176,7 +176,8 @@ TEST_P(RegularExpressionErrors, TellWhatIsWrongAndWhere) {
 INSTANTIATE_TEST_SUITE_P(
     Cases, RegularExpressionErrors,
     testing::Values(
-        ErrorCase{"Empty", "", "The regular expression isn't valid: the pattern is empty at offset 0.", 0},
+        ErrorCase{"Empty", "",
+                  "The regular expression isn't valid: the pattern is empty at offset 0.", 0},
         ErrorCase{"Interval", "a{x",
                   "The regular expression isn't valid: an interval in braces is malformed at "
                   "offset 3.",
@@ -335,8 +336,8 @@ TEST(RegularExpression, NullCharactersAreOrdinary) {
 
 /// A pass with so little time that runaway patterns are stopped at once.
 RegularExpressionPass hurriedPass() {
-  return RegularExpressionPass({.perSearch = std::chrono::milliseconds(5),
-                                .perPattern = std::chrono::seconds(1)});
+  return RegularExpressionPass(
+      {.perSearch = std::chrono::milliseconds(5), .perPattern = std::chrono::seconds(1)});
 }
 
 struct RunawayCase {
@@ -357,13 +358,12 @@ TEST_P(RegularExpressionRunaway, IsStoppedAndOffForTheRestOfThePass) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, RegularExpressionRunaway,
-    testing::Values(RunawayCase{"NestedRepetition", "(a+)+$", std::u16string(40, u'a') + u'b'},
-                    RunawayCase{"OverlappingAlternatives", "^(?:a|aa)+$",
-                                std::u16string(80, u'a') + u'b'},
-                    RunawayCase{"OptionalThenRequired",
-                                "^(?:a?){40}a{40}b", std::u16string(40, u'a')},
-                    RunawayCase{"SquareOfTheLength", ".*.*=", std::u16string(100'000, u'a')},
-                    RunawayCase{"AtomicAtEachPlace", "(?>[^x]*)q", std::u16string(1'000'000, u'a')}),
+    testing::Values(
+        RunawayCase{"NestedRepetition", "(a+)+$", std::u16string(40, u'a') + u'b'},
+        RunawayCase{"OverlappingAlternatives", "^(?:a|aa)+$", std::u16string(80, u'a') + u'b'},
+        RunawayCase{"OptionalThenRequired", "^(?:a?){40}a{40}b", std::u16string(40, u'a')},
+        RunawayCase{"SquareOfTheLength", ".*.*=", std::u16string(100'000, u'a')},
+        RunawayCase{"AtomicAtEachPlace", "(?>[^x]*)q", std::u16string(1'000'000, u'a')}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(RegularExpression, ARunawayPatternReturnsWithinHalfASecondOrSo) {
@@ -375,7 +375,8 @@ TEST(RegularExpression, ARunawayPatternReturnsWithinHalfASecondOrSo) {
 }
 
 TEST(RegularExpression, MoreToRememberThanAllowedIsNoMatch) {
-  // Each round keeps a place to go back to, and the last character is the only one that ends the search.
+  // Each round keeps a place to go back to, and the last character is the only one that ends the
+  // search.
   const std::u16string text = std::u16string(8'000'000, u'a') + u'c';
   const RegularExpression expression("^(?:a|b)*c");
   RegularExpressionPass pass({.perSearch = std::chrono::hours(1)});
