@@ -1,0 +1,37 @@
+// Hands a document's lines to the runtime's parser.
+#pragma once
+
+#include "VelmarCore/Text/UTF16LineArray.h"
+
+#include <tree_sitter/api.h>
+
+#include <array>
+
+namespace velmar {
+
+/// The parser's view of a text. Lives on the stack around a parse; the text must not change
+/// meanwhile.
+///
+/// A read gives at most 1,024 code units of one line and points straight into it: nothing is copied
+/// or allocated. Only where a line ends in a lone CR is its end copied, to show the parser an LF,
+/// the one terminator that its rows count.
+class ParseInput {
+public:
+  static constexpr std::int64_t largestRead = 1024;
+
+  explicit ParseInput(const DocumentText& text) : text_(&text) {}
+  ParseInput(const ParseInput&) = delete;
+  ParseInput& operator=(const ParseInput&) = delete;
+
+  /// The record for the runtime, good for as long as this object.
+  [[nodiscard]] TSInput input();
+
+private:
+  static const char* read(void* payload, std::uint32_t byteIndex, TSPoint point,
+                          std::uint32_t* bytesRead);
+
+  const DocumentText* text_;
+  std::array<char16_t, largestRead> buffer_;
+};
+
+} // namespace velmar
