@@ -7,7 +7,8 @@
 
 namespace velmar {
 
-/// A degree of certainty; 0 is none and 1 is full. Sums and products may leave that range, and are not cut off.
+/// A degree of certainty; 0 is none and 1 is full. Sums and products may leave that range, and are
+/// not cut off.
 struct Confidence {
   float rawValue = 0;
 
@@ -40,7 +41,9 @@ struct Confidence {
   constexpr Confidence& operator-=(Confidence other) { return *this = *this - other; }
   constexpr Confidence& operator*=(Confidence other) { return *this = *this * other; }
   /// Without its sign.
-  [[nodiscard]] constexpr Confidence magnitude() const { return rawValue < 0 ? -rawValue : rawValue; }
+  [[nodiscard]] constexpr Confidence magnitude() const {
+    return rawValue < 0 ? -rawValue : rawValue;
+  }
 
   /// The number, with as many digits as tell it from its neighbours: "0.5", "1.0".
   [[nodiscard]] std::string description() const;

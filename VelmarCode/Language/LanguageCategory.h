@@ -19,8 +19,8 @@ enum class LanguageCategory : std::uint8_t {
 };
 
 inline constexpr std::array allLanguageCategories = {
-    LanguageCategory::markup,     LanguageCategory::stylesheet, LanguageCategory::scripting,
-    LanguageCategory::system,     LanguageCategory::structured, LanguageCategory::configuration,
+    LanguageCategory::markup, LanguageCategory::stylesheet, LanguageCategory::scripting,
+    LanguageCategory::system, LanguageCategory::structured, LanguageCategory::configuration,
 };
 
 /// The category's name, which is also its JSON form: "markup" and so on.

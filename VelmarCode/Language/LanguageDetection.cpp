@@ -1,5 +1,6 @@
 #include "VelmarCode/Language/LanguageDetection.h"
 
+#include "VelmarPlatform/Files/FilePath.h"
 #include "VelmarPlatform/Unicode/Characters.h"
 
 #include <algorithm>
@@ -19,9 +20,25 @@ std::size_t lineBreakLength(std::string_view text) {
 
 } // namespace
 
-Confidence Filename::confidenceFor(std::string_view, std::optional<std::string_view> filename) const {
+Confidence Filename::confidenceFor(std::string_view,
+                                   std::optional<std::string_view> filename) const {
   const bool holds = filename && std::ranges::find(filenames_, *filename) != filenames_.end();
   return holds ? Confidence::required : Confidence::failed;
+}
+
+Confidence PathExtension::confidenceFor(std::string_view,
+                                        std::optional<std::string_view> filename) const {
+  if (!filename)
+    return Confidence::failed;
+  const FilePath path(*filename);
+  const auto holds = [&](const std::optional<std::string>& extension) {
+    return extension && std::ranges::find(extensions_, *extension) != extensions_.end();
+  };
+  const std::optional<std::string> compound = path.compoundExtension();
+  if (holds(compound))
+    return Confidence::required;
+  const std::optional<std::string> extension = path.extension();
+  return extension != compound && holds(extension) ? Confidence::high : Confidence::failed;
 }
 
 std::optional<std::string_view> LineReader::next() {

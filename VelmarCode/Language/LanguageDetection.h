@@ -2,11 +2,12 @@
 //
 //     const auto rules = {
 //         LanguageDetection::pathExtensions({"sh", "bash"}, LanguageDetectionPriority::high),
-//         LanguageDetection::content(RegularExpression("^#!.*\\bsh\\b"), LanguageDetectionPriority::medium),
+//         LanguageDetection::content(RegularExpression("^#!.*\\bsh\\b"),
+//         LanguageDetectionPriority::medium),
 //     };
 //
-// A rule says how sure it is and how much it counts. Choosing a language from what the rules of all languages say is the
-// application's part.
+// A rule says how sure it is and how much it counts. Choosing a language from what the rules of all
+// languages say is the application's part.
 #pragma once
 
 #include "VelmarCode/Language/Confidence.h"
@@ -31,10 +32,10 @@ public:
 
   /// How much the rule counts beside others.
   [[nodiscard]] virtual LanguageDetectionPriority priority() const = 0;
-  /// How sure the rule is of a document with that text, of a file with that name. Never fails: what isn't there or
-  /// doesn't fit gives `Confidence::failed`.
-  [[nodiscard]] virtual Confidence confidenceFor(std::string_view text,
-                                                 std::optional<std::string_view> filename) const = 0;
+  /// How sure the rule is of a document with that text, of a file with that name. Never fails: what
+  /// isn't there or doesn't fit gives `Confidence::failed`.
+  [[nodiscard]] virtual Confidence
+  confidenceFor(std::string_view text, std::optional<std::string_view> filename) const = 0;
 };
 
 using LanguageDetectionRulePointer = std::shared_ptr<const LanguageDetectionRule>;
@@ -65,8 +66,8 @@ private:
   std::vector<std::string> filenames_;
 };
 
-/// `required` for a file whose compound extension is one of these, "d.ts" of "x.d.ts"; `high` if only the last part is.
-/// So the longer of two extensions that fit wins.
+/// `required` for a file whose compound extension is one of these, "d.ts" of "x.d.ts"; `high` if
+/// only the last part is. So the longer of two extensions that fit wins.
 class PathExtension final : public Rule {
 public:
   PathExtension(std::vector<std::string> extensions, LanguageDetectionPriority priority)
@@ -78,8 +79,8 @@ private:
   std::vector<std::string> extensions_;
 };
 
-/// Takes lines off a text from the front, each with its break: LF, CR, CR LF, vertical tab, form feed, U+0085, U+2028 or
-/// U+2029.
+/// Takes lines off a text from the front, each with its break: LF, CR, CR LF, vertical tab, form
+/// feed, U+0085, U+2028 or U+2029.
 class LineReader {
 public:
   explicit LineReader(std::string_view text) : rest_(text) {}
@@ -98,8 +99,8 @@ private:
 [[nodiscard]] bool isFoundIn(std::string_view text, const CharacterClass& pattern,
                              RegularExpressionPass& pass);
 
-/// `required` if the pattern is found in one of the first `maxLines` lines, each taken by itself. A pattern is a
-/// regular expression, a plain text or a class of characters.
+/// `required` if the pattern is found in one of the first `maxLines` lines, each taken by itself. A
+/// pattern is a regular expression, a plain text or a class of characters.
 template <class Pattern>
 class Content final : public Rule {
 public:
@@ -125,8 +126,8 @@ private:
   std::int64_t maxLines_;
 };
 
-/// The mean of what the subrules say, each weighted with its priority; `failed` without any. Its own priority is for
-/// whoever combines it with others.
+/// The mean of what the subrules say, each weighted with its priority; `failed` without any. Its
+/// own priority is for whoever combines it with others.
 class Compound final : public Rule {
 public:
   Compound(std::vector<LanguageDetectionRulePointer> subrules, LanguageDetectionPriority priority)

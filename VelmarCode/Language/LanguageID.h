@@ -1,4 +1,5 @@
-// The name by which everything refers to a language: grammars, parse configurations, language servers.
+// The name by which everything refers to a language: grammars, parse configurations, language
+// servers.
 #pragma once
 
 #include <compare>
@@ -10,8 +11,8 @@
 
 namespace velmar {
 
-/// The name of a language. Any text is one; the constants only name the languages that are mentioned in this code.
-/// Compared and hashed by its text. The JSON form is the text.
+/// The name of a language. Any text is one; the constants only name the languages that are
+/// mentioned in this code. Compared and hashed by its text. The JSON form is the text.
 struct LanguageID {
   std::string rawValue;
 

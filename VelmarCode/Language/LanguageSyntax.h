@@ -1,5 +1,5 @@
-// The few facts about a language that an editor needs apart from its grammar: how to comment, what belongs to an
-// identifier, which brackets pair.
+// The few facts about a language that an editor needs apart from its grammar: how to comment, what
+// belongs to an identifier, which brackets pair.
 #pragma once
 
 #include "VelmarCore/Text/RegularExpression.h"
