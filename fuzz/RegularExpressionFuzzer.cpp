@@ -49,7 +49,7 @@ void checkShortCut(const CompiledPattern& pattern, std::u16string_view text) {
       CompiledPattern::Groups engineGroups;
       const auto search = pattern.search(text, from, start, limits.perSearch, &groups);
       const auto engine =
-          pattern.searchByEngine(text, from, start, limits.perSearch, &engineGroups);
+          PatternSession(pattern, text).search(from, start, limits.perSearch, &engineGroups);
       if (search.outcome == Outcome::stopped || engine.outcome == Outcome::stopped)
         return;
       precondition(search.outcome == engine.outcome, "The short cut finds what the engine finds.");

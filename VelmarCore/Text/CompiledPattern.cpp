@@ -27,9 +27,16 @@ using RegexPointer = std::unique_ptr<URegularExpression, RegexDeleter>;
 /// thousand characters inside a repeated group; memory is only taken as it is needed.
 constexpr std::int32_t stackLimit = 64 << 20;
 
+/// What the engine can count.
+constexpr std::size_t longestText = std::numeric_limits<std::int32_t>::max();
+
 /// Texts from this length on are watched at every attempt: there a single attempt may take long
 /// without the engine ever counting a step.
 constexpr std::size_t longText = 4096;
+
+/// In long texts the clock is looked at after about so many characters in attempts, if each attempt
+/// runs to the end.
+constexpr std::size_t stepsPerLook = std::size_t{1} << 20;
 
 /// Watches the clock for one search. The engine calls back each ten thousand steps or so, which is
 /// a fraction of a millisecond: a search that is over before that never looks at the clock.
@@ -42,18 +49,16 @@ struct Watch {
   std::size_t attemptsPerLook = 0;
   std::size_t attempts = 0;
 
-  void run() {
-    start = Clock::now();
-    isRunning = true;
-  }
   [[nodiscard]] std::chrono::nanoseconds time() const {
     return isRunning ? Clock::now() - start : std::chrono::nanoseconds(0);
   }
   /// Whether the search may go on.
   [[nodiscard]] bool look() {
-    if (!isRunning)
-      run();
-    return time() < limit;
+    if (isRunning)
+      return time() < limit;
+    start = Clock::now();
+    isRunning = true;
+    return true;
   }
 };
 
@@ -71,13 +76,6 @@ UBool velmarRegexAttempt(const void* context, std::int64_t) {
   return watch.look();
 }
 }
-
-/// One matcher of the engine, used by one search at a time.
-struct Matcher {
-  RegexPointer regex;
-  Watch watch;
-  bool watchesAttempts = false;
-};
 
 std::uint32_t engineFlags(Options options) {
   std::uint32_t flags = 0;
@@ -168,17 +166,95 @@ RegularExpressionError errorFor(std::string_view pattern, UErrorCode code,
           offset};
 }
 
+/// The ranges of the match that `regex` has just found.
+void readGroups(URegularExpression* regex, std::int64_t groupCount,
+                CompiledPattern::Groups& groups) {
+  UErrorCode status = U_ZERO_ERROR;
+  groups.clear();
+  for (std::int32_t group = 0; group <= groupCount; ++group) {
+    const std::int32_t lower = uregex_start(regex, group, &status);
+    const std::int32_t upper = uregex_end(regex, group, &status);
+    if (lower < 0 || upper < lower)
+      groups.emplace_back();
+    else
+      groups.emplace_back(TextRange(lower, upper));
+  }
+}
+
 } // namespace
+
+/// One matcher of the engine, used by one search at a time.
+struct CompiledPattern::Matcher {
+  RegexPointer regex;
+  Watch watch;
+  bool watchesAttempts = false;
+
+  void setText(std::u16string_view text);
+  Search search(std::size_t from, Start start, std::chrono::nanoseconds timeLimit, Groups* groups,
+                std::int64_t groupCount);
+};
+
+// Inlined, because a predicate of a query costs little more than what stands here.
+[[gnu::always_inline]] inline void CompiledPattern::Matcher::setText(std::u16string_view text) {
+  UErrorCode status = U_ZERO_ERROR;
+  watch.isDeep = false;
+  const bool isLong = text.size() >= longText;
+  if (isLong != watchesAttempts) [[unlikely]] {
+    uregex_setFindProgressCallback(regex.get(), isLong ? velmarRegexAttempt : nullptr, &watch,
+                                   &status);
+    watchesAttempts = isLong;
+  }
+  if (isLong)
+    watch.attemptsPerLook = stepsPerLook / text.size() + 1;
+  // The engine wants an address even for no text at all.
+  uregex_setText(regex.get(), text.empty() ? u"" : text.data(),
+                 static_cast<std::int32_t>(text.size()), &status);
+}
+
+[[gnu::always_inline]] inline CompiledPattern::Search
+CompiledPattern::Matcher::search(std::size_t from, Start start, std::chrono::nanoseconds timeLimit,
+                                 Groups* groups, std::int64_t groupCount) {
+  watch.limit = timeLimit;
+  watch.isRunning = false;
+  watch.attempts = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  const auto place = static_cast<std::int32_t>(from);
+  const bool found = start == Start::anchored ? uregex_lookingAt(regex.get(), place, &status)
+                                              : uregex_find(regex.get(), place, &status);
+  Search result{found ? Outcome::found : Outcome::notFound};
+  if (U_FAILURE(status)) [[unlikely]]
+    result.outcome = Outcome::stopped;
+  else if (found && groups != nullptr)
+    readGroups(regex.get(), groupCount, *groups);
+  if (watch.isRunning) [[unlikely]]
+    result.time = watch.time();
+  return result;
+}
 
 /// The prototype, which is never searched with, and the matchers made from it.
 struct CompiledPattern::Engine {
   RegexPointer prototype;
   MatcherPool<Matcher> idle;
 
-  /// Null if there is no memory for another.
-  std::unique_ptr<Matcher> takeMatcher() {
-    if (std::unique_ptr<Matcher> matcher = idle.take())
-      return matcher;
+  /// A matcher with that text; null if the text is too long, or there is no memory for a matcher.
+  std::unique_ptr<Matcher> takeMatcherFor(std::u16string_view text) {
+    if (text.size() > longestText)
+      return nullptr;
+    std::unique_ptr<Matcher> matcher = idle.take();
+    if (matcher == nullptr) [[unlikely]]
+      matcher = makeMatcher();
+    if (matcher != nullptr)
+      matcher->setText(text);
+    return matcher;
+  }
+
+  void giveBack(std::unique_ptr<Matcher> matcher) {
+    // A search that went deep may leave megabytes of stack behind, which aren't worth keeping.
+    if (!matcher->watch.isDeep) [[likely]]
+      idle.giveBack(std::move(matcher));
+  }
+
+  [[gnu::noinline]] std::unique_ptr<Matcher> makeMatcher() const {
     UErrorCode status = U_ZERO_ERROR;
     auto matcher = std::make_unique<Matcher>();
     matcher->regex.reset(uregex_clone(prototype.get(), &status));
@@ -193,7 +269,7 @@ CompiledPattern::compile(std::string pattern, Options options) {
   const std::u16string units = utf16RepairingUTF8(pattern);
   UErrorCode status = U_ZERO_ERROR;
   UParseError place{};
-  if (units.size() > std::size_t(std::numeric_limits<std::int32_t>::max()))
+  if (units.size() > longestText)
     return Failure(errorFor(pattern, U_REGEX_PATTERN_TOO_BIG, place));
   RegexPointer prototype(uregex_open(units.data(), static_cast<std::int32_t>(units.size()),
                                      engineFlags(options), &place, &status));
@@ -232,71 +308,38 @@ std::optional<std::int64_t> CompiledPattern::groupNamed(std::string_view name) c
 CompiledPattern::Search CompiledPattern::search(std::u16string_view text, std::size_t from,
                                                 Start start, std::chrono::nanoseconds timeLimit,
                                                 Groups* groups) const {
-  if (literal_ == nullptr)
-    return searchByEngine(text, from, start, timeLimit, groups);
   precondition(from <= text.size(), "A search can't begin behind the end of the text.");
-  const auto hit = literal_->find(text, from, start == Start::anchored);
-  if (!hit)
-    return {};
-  if (groups != nullptr)
-    groups->assign(
-        static_cast<std::size_t>(groupCount_) + 1,
-        TextRange(static_cast<std::int64_t>(hit->start), static_cast<std::int64_t>(hit->end)));
-  return {Outcome::found};
-}
-
-CompiledPattern::Search CompiledPattern::searchByEngine(std::u16string_view text, std::size_t from,
-                                                        Start start,
-                                                        std::chrono::nanoseconds timeLimit,
-                                                        Groups* groups) const {
-  precondition(from <= text.size(), "A search can't begin behind the end of the text.");
-  if (text.size() > std::size_t(std::numeric_limits<std::int32_t>::max()))
-    return {Outcome::stopped};
-  std::unique_ptr<Matcher> matcher = engine_->takeMatcher();
+  if (literal_ != nullptr) {
+    const auto hit = literal_->find(text, from, start == Start::anchored);
+    if (hit && groups != nullptr)
+      groups->assign(
+          static_cast<std::size_t>(groupCount_) + 1,
+          TextRange(static_cast<std::int64_t>(hit->start), static_cast<std::int64_t>(hit->end)));
+    return {hit ? Outcome::found : Outcome::notFound};
+  }
+  std::unique_ptr<Matcher> matcher = engine_->takeMatcherFor(text);
   if (matcher == nullptr)
     return {Outcome::stopped};
-
-  URegularExpression* regex = matcher->regex.get();
-  UErrorCode status = U_ZERO_ERROR;
-  Watch& watch = matcher->watch;
-  watch.limit = timeLimit;
-  watch.isRunning = false;
-  watch.isDeep = false;
-  const bool isLong = text.size() >= longText;
-  if (isLong) {
-    watch.run();
-    watch.attempts = 0;
-    watch.attemptsPerLook = (std::size_t{1} << 20) / text.size() + 1;
-  }
-  if (isLong != matcher->watchesAttempts) {
-    uregex_setFindProgressCallback(regex, isLong ? velmarRegexAttempt : nullptr, &watch, &status);
-    matcher->watchesAttempts = isLong;
-  }
-  // The engine wants an address even for no text at all.
-  uregex_setText(regex, text.empty() ? u"" : text.data(), static_cast<std::int32_t>(text.size()),
-                 &status);
-  const auto place = static_cast<std::int32_t>(from);
-  const bool found = start == Start::anchored ? uregex_lookingAt(regex, place, &status)
-                                              : uregex_find(regex, place, &status);
-  Search result{U_FAILURE(status) ? Outcome::stopped
-                : found           ? Outcome::found
-                                  : Outcome::notFound,
-                watch.time()};
-  if (result.outcome == Outcome::found && groups != nullptr) {
-    groups->clear();
-    for (std::int32_t group = 0; group <= groupCount_; ++group) {
-      const std::int32_t lower = uregex_start(regex, group, &status);
-      const std::int32_t upper = uregex_end(regex, group, &status);
-      if (lower < 0 || upper < lower)
-        groups->emplace_back();
-      else
-        groups->emplace_back(TextRange(lower, upper));
-    }
-  }
-  // A search that went deep may leave megabytes of stack behind, which aren't worth keeping.
-  if (!watch.isDeep)
-    engine_->idle.giveBack(std::move(matcher));
+  const Search result = matcher->search(from, start, timeLimit, groups, groupCount_);
+  engine_->giveBack(std::move(matcher));
   return result;
+}
+
+PatternSession::PatternSession(const CompiledPattern& pattern, std::u16string_view text)
+    : pattern_(pattern), length_(text.size()), matcher_(pattern.engine_->takeMatcherFor(text)) {}
+
+PatternSession::~PatternSession() {
+  if (matcher_ != nullptr)
+    pattern_.engine_->giveBack(std::move(matcher_));
+}
+
+CompiledPattern::Search PatternSession::search(std::size_t from, CompiledPattern::Start start,
+                                               std::chrono::nanoseconds timeLimit,
+                                               CompiledPattern::Groups* groups) {
+  precondition(from <= length_, "A search can't begin behind the end of the text.");
+  if (matcher_ == nullptr)
+    return {CompiledPattern::Outcome::stopped};
+  return matcher_->search(from, start, timeLimit, groups, pattern_.groupCount());
 }
 
 } // namespace velmar

@@ -63,13 +63,11 @@ public:
   /// text of 2 GB or more is never searched: `stopped`.
   [[nodiscard]] Search search(std::u16string_view text, std::size_t from, Start start,
                               std::chrono::nanoseconds timeLimit, Groups* groups) const;
-  /// The same by the engine alone, also where `literal()` is set: what the short cut is tested
-  /// against.
-  [[nodiscard]] Search searchByEngine(std::u16string_view text, std::size_t from, Start start,
-                                      std::chrono::nanoseconds timeLimit, Groups* groups) const;
 
 private:
+  friend class PatternSession;
   struct Engine;
+  struct Matcher;
 
   CompiledPattern(std::string pattern, RegularExpressionOptions options,
                   std::unique_ptr<Engine> engine, std::unique_ptr<LiteralPattern> literal);
@@ -79,6 +77,28 @@ private:
   std::int64_t groupCount_ = 0;
   std::unique_ptr<Engine> engine_;
   std::unique_ptr<LiteralPattern> literal_;
+};
+
+/// Several searches with one pattern in one text. The matcher is borrowed and set up once, so each
+/// search costs little more than the engine's own work. Borrows pattern and text; one thread.
+class PatternSession {
+public:
+  PatternSession(const CompiledPattern& pattern, std::u16string_view text);
+  ~PatternSession();
+  PatternSession(const PatternSession&) = delete;
+  PatternSession& operator=(const PatternSession&) = delete;
+
+  /// As CompiledPattern::search, by the engine alone: the short cut for literal patterns isn't
+  /// taken, and can be tested against this.
+  [[nodiscard]] CompiledPattern::Search search(std::size_t from, CompiledPattern::Start start,
+                                               std::chrono::nanoseconds timeLimit,
+                                               CompiledPattern::Groups* groups);
+
+private:
+  const CompiledPattern& pattern_;
+  std::size_t length_;
+  /// Null if there is no memory for one, or the text is too long.
+  std::unique_ptr<CompiledPattern::Matcher> matcher_;
 };
 
 } // namespace velmar

@@ -154,8 +154,8 @@ bool RegexScanner::search(const RegularExpression& expression, CompiledPattern::
     transcoded_ = std::make_shared<const TranscodedText>(
         base_.substr(0, static_cast<std::size_t>(bounds_.upperBound)));
   const std::int64_t unitsBefore = transcoded_->unitOffset(currentIndex_);
-  if (!expression.search(transcoded_->units().substr(static_cast<std::size_t>(unitsBefore)), 0,
-                         start, pass, &groups))
+  if (!expression.search(transcoded_->units().substr(static_cast<std::size_t>(unitsBefore)), start,
+                         pass, &groups))
     return false;
   for (std::optional<TextRange>& group : groups)
     if (group)

@@ -13,7 +13,6 @@ namespace velmar {
 namespace {
 
 using Start = CompiledPattern::Start;
-using Outcome = CompiledPattern::Outcome;
 
 /// Quicker searches aren't worth an account in a pass.
 constexpr std::chrono::nanoseconds notableTime = std::chrono::microseconds(100);
@@ -122,13 +121,13 @@ std::set<std::string> RegularExpression::captureNames() const {
 }
 
 bool RegularExpression::hasMatchIn(std::u16string_view text, RegularExpressionPass* pass) const {
-  return search(text, 0, Start::anywhere, pass, nullptr);
+  return search(text, Start::anywhere, pass, nullptr);
 }
 
 bool RegularExpression::hasMatchIn(std::string_view text, RegularExpressionPass* pass) const {
   if (const LiteralPattern* literal = compiled_->literal())
     return literal->find(text, 0, false).has_value();
-  return search(TranscodedText(text).units(), 0, Start::anywhere, pass, nullptr);
+  return search(TranscodedText(text).units(), Start::anywhere, pass, nullptr);
 }
 
 std::optional<RegularExpression::DocumentMatch>
@@ -201,25 +200,31 @@ bool RegularExpression::operator==(const RegularExpression& other) const noexcep
          (pattern() == other.pattern() && options() == other.options());
 }
 
-bool RegularExpression::search(std::u16string_view text, std::size_t from, Start start,
-                               RegularExpressionPass* pass, CompiledPattern::Groups* groups) const {
-  if (pass == nullptr)
-    return compiled_->search(text, from, start, RegularExpressionPass::Limits().perSearch, groups)
-               .outcome == Outcome::found;
-  if (pass->isPatternOff(compiled_.get()))
-    return false;
-  const CompiledPattern::Search search =
-      compiled_->search(text, from, start, pass->limits().perSearch, groups);
-  if (search.outcome == Outcome::stopped || search.time > notableTime)
-    pass->charge(compiled_, search.time, search.outcome == Outcome::stopped);
-  return search.outcome == Outcome::found;
+std::chrono::nanoseconds RegularExpression::timeLimitOf(const RegularExpressionPass* pass) {
+  return pass != nullptr ? pass->limits().perSearch : RegularExpressionPass::Limits().perSearch;
+}
+
+bool RegularExpression::isOff(const RegularExpressionPass* pass) const noexcept {
+  return pass != nullptr && pass->isPatternOff(compiled_.get());
+}
+
+bool RegularExpression::settle(CompiledPattern::Search search, RegularExpressionPass* pass) const {
+  const bool wasStopped = search.outcome == CompiledPattern::Outcome::stopped;
+  if (pass != nullptr && (wasStopped || search.time > notableTime))
+    pass->charge(compiled_, search.time, wasStopped);
+  return search.outcome == CompiledPattern::Outcome::found;
+}
+
+bool RegularExpression::search(std::u16string_view text, Start start, RegularExpressionPass* pass,
+                               CompiledPattern::Groups* groups) const {
+  return !isOff(pass) && settle(compiled_->search(text, 0, start, timeLimitOf(pass), groups), pass);
 }
 
 std::optional<RegularExpression::DocumentMatch>
 RegularExpression::matchIn(std::u16string_view text, Start start,
                            RegularExpressionPass* pass) const {
   CompiledPattern::Groups groups;
-  if (!search(text, 0, start, pass, &groups))
+  if (!search(text, start, pass, &groups))
     return std::nullopt;
   return matchOf(compiled_, text, groups);
 }
@@ -228,7 +233,7 @@ std::optional<RegularExpression::Match>
 RegularExpression::matchIn(std::string_view text, Start start, RegularExpressionPass* pass) const {
   CompiledPattern::Groups groups;
   const TranscodedText transcoded(text);
-  if (!search(transcoded.units(), 0, start, pass, &groups))
+  if (!search(transcoded.units(), start, pass, &groups))
     return std::nullopt;
   return matchOf(compiled_, transcoded, groups);
 }

@@ -23,7 +23,8 @@
 #include "VelmarCore/Text/RegularExpressionPass.h"
 #include "VelmarPlatform/Basics/Result.h"
 
-#include <cstddef>
+#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -120,9 +121,12 @@ private:
       : compiled_(std::move(compiled)) {}
 
   /// One search within the limits of `pass`, and charged to it.
-  [[nodiscard]] bool search(std::u16string_view text, std::size_t from,
-                            CompiledPattern::Start start, RegularExpressionPass* pass,
-                            CompiledPattern::Groups* groups) const;
+  [[nodiscard]] bool search(std::u16string_view text, CompiledPattern::Start start,
+                            RegularExpressionPass* pass, CompiledPattern::Groups* groups) const;
+  /// Whether a search that was made for `pass` found something, after charging it.
+  [[nodiscard]] bool settle(CompiledPattern::Search search, RegularExpressionPass* pass) const;
+  [[nodiscard]] bool isOff(const RegularExpressionPass* pass) const noexcept;
+  [[nodiscard]] static std::chrono::nanoseconds timeLimitOf(const RegularExpressionPass* pass);
   [[nodiscard]] std::optional<DocumentMatch> matchIn(std::u16string_view text,
                                                      CompiledPattern::Start start,
                                                      RegularExpressionPass* pass) const;

@@ -21,15 +21,16 @@ elementOf(std::basic_string_view<Unit> text, TextRange range) {
           range};
 }
 
-/// The match for a search in document text.
-[[nodiscard]] inline RegularExpressionMatch<char16_t>
+/// The match for a search in document text; `storage` gives its memory.
+[[nodiscard]] inline std::optional<RegularExpressionMatch<char16_t>>
 matchOf(const std::shared_ptr<const CompiledPattern>& pattern, std::u16string_view text,
-        const CompiledPattern::Groups& groups) {
-  std::vector<RegularExpressionMatch<char16_t>::Element> elements(groups.size());
+        const CompiledPattern::Groups& groups,
+        std::vector<RegularExpressionMatch<char16_t>::Element> storage = {}) {
+  storage.assign(groups.size(), {});
   for (std::size_t i = 0; i < groups.size(); ++i)
     if (groups[i])
-      elements[i] = elementOf(text, *groups[i]);
-  return {pattern, std::move(elements)};
+      storage[i] = elementOf(text, *groups[i]);
+  return RegularExpressionMatch<char16_t>(pattern, std::move(storage));
 }
 
 /// The match for a search in a string. A group that doesn't begin and end between characters
@@ -37,19 +38,20 @@ matchOf(const std::shared_ptr<const CompiledPattern>& pattern, std::u16string_vi
 /// surrogate pair can do that.
 [[nodiscard]] inline std::optional<RegularExpressionMatch<char>>
 matchOf(const std::shared_ptr<const CompiledPattern>& pattern, const TranscodedText& text,
-        const CompiledPattern::Groups& groups) {
-  std::vector<RegularExpressionMatch<char>::Element> elements(groups.size());
+        const CompiledPattern::Groups& groups,
+        std::vector<RegularExpressionMatch<char>::Element> storage = {}) {
+  storage.assign(groups.size(), {});
   for (std::size_t i = 0; i < groups.size(); ++i) {
     if (!groups[i])
       continue;
     const auto lower = text.byteOffset(groups[i]->lowerBound);
     const auto upper = text.byteOffset(groups[i]->upperBound);
     if (lower && upper)
-      elements[i] = elementOf(text.bytes(), TextRange(*lower, *upper));
+      storage[i] = elementOf(text.bytes(), TextRange(*lower, *upper));
   }
-  if (!elements.front().range)
+  if (!storage.front().range)
     return std::nullopt;
-  return RegularExpressionMatch<char>(pattern, std::move(elements));
+  return RegularExpressionMatch<char>(pattern, std::move(storage));
 }
 
 } // namespace velmar

@@ -65,6 +65,9 @@ public:
     return element ? *element->substring : View();
   }
 
+  /// The elements, for their memory to be used for another match; this one is of no use afterwards.
+  [[nodiscard]] std::vector<Element> takeElements() && noexcept { return std::move(elements_); }
+
 private:
   std::shared_ptr<const CompiledPattern> pattern_;
   std::vector<Element> elements_;

@@ -5,18 +5,48 @@
 #include "VelmarPlatform/Unicode/UTF.h"
 
 #include <type_traits>
+#include <vector>
 
 namespace velmar {
 
+namespace {
+
+/// The text to be searched, which is UTF-16 already.
+struct DocumentSource {
+  explicit DocumentSource(std::u16string_view view) : text(view) {}
+  [[nodiscard]] std::u16string_view units() const { return text; }
+  std::u16string_view text;
+};
+
+/// The text to be searched, converted.
+struct StringSource {
+  explicit StringSource(std::string_view view) : text(view) {}
+  [[nodiscard]] std::u16string_view units() const { return text.units(); }
+  TranscodedText text;
+};
+
+} // namespace
+
+/// What is kept from one search to the next.
+template <class Unit>
+struct RegularExpressionMatches<Unit>::Iterator::Searches {
+  Searches(View text, const CompiledPattern& pattern) : source(text) {
+    if (pattern.literal() == nullptr)
+      session.emplace(pattern, source.units());
+  }
+
+  std::conditional_t<std::is_same_v<Unit, char>, StringSource, DocumentSource> source;
+  /// Absent if the pattern can be found without the engine.
+  std::optional<PatternSession> session;
+  CompiledPattern::Groups groups;
+  /// Where the next search begins, in UTF-16 code units.
+  std::size_t index = 0;
+};
+
 template <class Unit>
 RegularExpressionMatches<Unit>::Iterator::Iterator(const RegularExpressionMatches& matches)
-    : matches_(&matches) {
-  if constexpr (std::is_same_v<Unit, char>) {
-    transcoded_ = std::make_unique<TranscodedText>(matches.text_);
-    units_ = transcoded_->units();
-  } else {
-    units_ = matches.text_;
-  }
+    : matches_(&matches),
+      searches_(std::make_unique<Searches>(matches.text_, *matches.expression_.compiled_)) {
   advance();
 }
 
@@ -30,23 +60,30 @@ RegularExpressionMatches<Unit>::Iterator::~Iterator() = default;
 
 template <class Unit>
 void RegularExpressionMatches<Unit>::Iterator::advance() {
+  std::vector<typename Match::Element> storage;
+  if (match_)
+    storage = std::move(*match_).takeElements();
   match_.reset();
-  CompiledPattern::Groups groups;
+
   const RegularExpression& expression = matches_->expression_;
-  if (index_ >= units_.size() || !expression.search(units_, index_, matches_->options_.start,
-                                                    matches_->options_.pass, &groups)) {
-    index_ = units_.size();
+  const RegularExpressionMatchesOptions& options = matches_->options_;
+  auto& [source, session, groups, index] = *searches_;
+  const std::u16string_view units = source.units();
+  if (index >= units.size() || expression.isOff(options.pass))
+    return;
+  const auto limit = RegularExpression::timeLimitOf(options.pass);
+  const CompiledPattern::Search search =
+      session ? session->search(index, options.start, limit, &groups)
+              : expression.compiled_->search(units, index, options.start, limit, &groups);
+  if (!expression.settle(search, options.pass)) {
+    index = units.size();
     return;
   }
   const TextRange whole = *groups.front();
-  index_ = static_cast<std::size_t>(whole.upperBound);
-  if (whole.isEmpty() && index_ < units_.size())
-    index_ += decodeUTF16(units_, index_).length;
-
-  if constexpr (std::is_same_v<Unit, char>)
-    match_ = matchOf(expression.compiled_, *transcoded_, groups);
-  else
-    match_ = matchOf(expression.compiled_, units_, groups);
+  index = static_cast<std::size_t>(whole.upperBound);
+  if (whole.isEmpty() && index < units.size())
+    index += decodeUTF16(units, index).length;
+  match_ = matchOf(expression.compiled_, source.text, groups, std::move(storage));
 }
 
 template class RegularExpressionMatches<char>;

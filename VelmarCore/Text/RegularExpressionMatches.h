@@ -5,7 +5,6 @@
 #include "VelmarCore/Text/RegularExpression.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -13,8 +12,6 @@
 #include <utility>
 
 namespace velmar {
-
-class TranscodedText;
 
 struct RegularExpressionMatchesOptions {
   /// Whether each match must start right where the search for it starts.
@@ -61,14 +58,12 @@ public:
     bool operator==(std::default_sentinel_t) const noexcept { return !match_.has_value(); }
 
   private:
+    struct Searches;
+
     void advance();
 
     const RegularExpressionMatches* matches_;
-    /// The text in UTF-16 if it isn't that already.
-    std::unique_ptr<TranscodedText> transcoded_;
-    std::u16string_view units_;
-    /// Where the next search begins, in UTF-16 code units.
-    std::size_t index_ = 0;
+    std::unique_ptr<Searches> searches_;
     std::optional<Match> match_;
   };
 
