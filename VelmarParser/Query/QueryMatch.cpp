@@ -4,34 +4,31 @@ namespace velmar {
 
 namespace {
 
-/// The runtime numbers the captures lists of matches in progress with 16 bits, but by default lets
-/// them become more than that; then they get mixed up. Behind this limit it drops the match that
-/// began first.
+/// The runtime numbers the lists of captures of matches in progress with 16 bits, but by default
+/// lets them become more than that; then they get mixed up. Behind this limit it drops the match
+/// that began first.
 constexpr std::uint32_t largestMatchLimit = 0xFFFF;
 
 } // namespace
 
-Query::Matches::Iterator::Iterator(const Matches& matches)
-    : cursor_(ts_query_cursor_new()), match_(matches.query()) {
-  precondition(cursor_ != nullptr, "There is no memory for a query cursor.");
+QueryCursor::QueryCursor(const Query::Matches& matches) {
   const auto [lower, upper] = matches.byteRange();
   // To the runtime, an upper bound of 0 means no bound at all.
-  if (upper == TreeByte{0} && matches.node().endByte() > TreeByte{0}) {
-    isAtEnd_ = true;
+  if (upper == TreeByte{0} && matches.node().endByte() > TreeByte{0})
     return;
-  }
-  ts_query_cursor_set_match_limit(cursor_.get(), largestMatchLimit);
-  ts_query_cursor_set_byte_range(cursor_.get(), lower.value, upper.value);
-  ts_query_cursor_exec(cursor_.get(), matches.query().base(), matches.node().base());
-  advance();
+  base_.reset(ts_query_cursor_new());
+  precondition(base_ != nullptr, "There is no memory for a query cursor.");
+  ts_query_cursor_set_match_limit(base_.get(), largestMatchLimit);
+  ts_query_cursor_set_byte_range(base_.get(), lower.value, upper.value);
+  ts_query_cursor_exec(base_.get(), matches.query().base(), matches.node().base());
 }
 
-void Query::Matches::Iterator::advance() {
-  TSQueryMatch match;
-  if (ts_query_cursor_next_match(cursor_.get(), &match))
-    match_.assign(match);
-  else
-    isAtEnd_ = true;
+bool QueryCursor::next(Query::Match& match) {
+  TSQueryMatch base;
+  if (!base_ || !ts_query_cursor_next_match(base_.get(), &base))
+    return false;
+  match.assign(base);
+  return true;
 }
 
 } // namespace velmar

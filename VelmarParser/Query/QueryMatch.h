@@ -277,34 +277,41 @@ private:
   Range<TreeByte> byteRange_;
 };
 
-/// A search under way. Owns the runtime's cursor; one thread. The match that it stands at is reused
-/// for the next one: copy it to keep it.
-class Query::Matches::Iterator {
+/// A search under way, which fills one match object after the other. Owns the runtime's cursor; one
+/// thread.
+class QueryCursor {
 public:
-  using value_type = Match;
-  using difference_type = std::ptrdiff_t;
+  explicit QueryCursor(const Query::Matches& matches);
 
-  explicit Iterator(const Matches& matches);
-  Iterator(Iterator&&) noexcept = default;
-  Iterator& operator=(Iterator&&) noexcept = default;
-
-  [[nodiscard]] const Match& operator*() const noexcept { return match_; }
-  [[nodiscard]] const Match* operator->() const noexcept { return &match_; }
-  Iterator& operator++() {
-    advance();
-    return *this;
-  }
-  void operator++(int) { advance(); }
-  [[nodiscard]] bool operator==(std::default_sentinel_t) const noexcept { return isAtEnd_; }
+  /// Puts the next match into `match`, which is one of the same query; false at the end.
+  bool next(Query::Match& match);
 
 private:
   struct Deleter {
     void operator()(TSQueryCursor* cursor) const noexcept { ts_query_cursor_delete(cursor); }
   };
+  std::unique_ptr<TSQueryCursor, Deleter> base_; // null if there is nothing to find
+};
 
-  void advance();
+/// Stands at a match, which is reused for the next one: copy it to keep it.
+class Query::Matches::Iterator {
+public:
+  using value_type = Match;
+  using difference_type = std::ptrdiff_t;
 
-  std::unique_ptr<TSQueryCursor, Deleter> cursor_;
+  explicit Iterator(const Matches& matches) : cursor_(matches), match_(matches.query()) { ++*this; }
+
+  [[nodiscard]] const Match& operator*() const noexcept { return match_; }
+  [[nodiscard]] const Match* operator->() const noexcept { return &match_; }
+  Iterator& operator++() {
+    isAtEnd_ = !cursor_.next(match_);
+    return *this;
+  }
+  void operator++(int) { ++*this; }
+  [[nodiscard]] bool operator==(std::default_sentinel_t) const noexcept { return isAtEnd_; }
+
+private:
+  QueryCursor cursor_;
   Match match_;
   bool isAtEnd_ = false;
 };

@@ -24,6 +24,12 @@ public:
   /// The text, empty for `isSet`.
   [[nodiscard]] const std::string& text() const noexcept { return text_; }
 
+  /// Makes this the text, in the memory that it has.
+  void setString(std::string_view text) {
+    text_ = text;
+    hasText_ = true;
+  }
+
   bool operator==(const QueryPropertyValue&) const = default;
 
 private:
