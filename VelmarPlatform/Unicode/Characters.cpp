@@ -50,6 +50,17 @@ int kindOf(char32_t scalar) {
   return u_getIntPropertyValue(static_cast<UChar32>(scalar), UCHAR_GRAPHEME_CLUSTER_BREAK);
 }
 
+/// Whether a scalar that looks like any other can belong to what stands in front of a mark: an
+/// emoji behind a joiner, or a letter of an Indic script, which may be part of a conjunct.
+bool mayContinue(int leftKind, char32_t right) {
+  if (right < 0x80)
+    return false;
+  const auto scalar = static_cast<UChar32>(right);
+  if (leftKind == U_GCB_ZWJ && u_hasBinaryProperty(scalar, UCHAR_EXTENDED_PICTOGRAPHIC))
+    return true;
+  return u_getIntPropertyValue(scalar, UCHAR_INDIC_SYLLABIC_CATEGORY) != U_INSC_OTHER;
+}
+
 Verdict verdictBetween(char32_t leftScalar, char32_t rightScalar) {
   const int left = kindOf(leftScalar);
   const int right = kindOf(rightScalar);
@@ -61,8 +72,7 @@ Verdict verdictBetween(char32_t leftScalar, char32_t rightScalar) {
     return Verdict::together;
   if (left == U_GCB_REGIONAL_INDICATOR && right == U_GCB_REGIONAL_INDICATOR)
     return Verdict::dependsOnContext;
-  // A joined emoji or a conjunct consonant looks like any other scalar, but neither is ASCII.
-  if (extends(left) && right == U_GCB_OTHER && rightScalar >= 0x80)
+  if (extends(left) && right == U_GCB_OTHER && mayContinue(left, rightScalar))
     return Verdict::dependsOnContext;
   return Verdict::apart;
 }

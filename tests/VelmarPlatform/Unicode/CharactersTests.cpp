@@ -165,16 +165,57 @@ TEST(Newline, IsWhatUnicodeCallsALineBreak) {
 
 // ICU's break iterator over the whole text, as the model of ours, which asks it only where pairs
 // don't settle.
-std::vector<std::int64_t> boundariesByICU(std::u16string_view text) {
-  UErrorCode status = U_ZERO_ERROR;
-  UBreakIterator* iterator =
-      ubrk_open(UBRK_CHARACTER, "", text.data(), static_cast<std::int32_t>(text.size()), &status);
-  EXPECT_TRUE(U_SUCCESS(status));
-  std::vector<std::int64_t> boundaries;
-  for (std::int32_t at = ubrk_first(iterator); at != UBRK_DONE; at = ubrk_next(iterator))
-    boundaries.push_back(at);
-  ubrk_close(iterator);
+class ICUModel {
+public:
+  ICUModel() : iterator_(ubrk_open(UBRK_CHARACTER, "", nullptr, 0, &status_)) {}
+  ~ICUModel() { ubrk_close(iterator_); }
+  ICUModel(const ICUModel&) = delete;
+  ICUModel& operator=(const ICUModel&) = delete;
+
+  std::vector<std::int64_t> boundariesOf(std::u16string_view text) {
+    ubrk_setText(iterator_, text.data(), static_cast<std::int32_t>(text.size()), &status_);
+    EXPECT_TRUE(U_SUCCESS(status_));
+    std::vector<std::int64_t> boundaries;
+    for (std::int32_t at = ubrk_first(iterator_); at != UBRK_DONE; at = ubrk_next(iterator_))
+      boundaries.push_back(at);
+    return boundaries;
+  }
+
+private:
+  UErrorCode status_ = U_ZERO_ERROR;
+  UBreakIterator* iterator_;
+};
+
+void append(std::u16string& text, char32_t scalar) {
+  if (scalar > 0xFFFF) {
+    text.push_back(static_cast<char16_t>(0xD7C0 + (scalar >> 10)));
+    text.push_back(static_cast<char16_t>(0xDC00 + (scalar & 0x3FF)));
+  } else {
+    text.push_back(static_cast<char16_t>(scalar));
+  }
+}
+
+std::vector<std::int64_t> boundariesOf(std::u16string_view text) {
+  std::vector<std::int64_t> boundaries = {0};
+  while (boundaries.back() < std::ssize(text))
+    boundaries.push_back(nextCharacterBoundary(text, boundaries.back()));
   return boundaries;
+}
+
+// In front of each scalar of the two planes in use: a conjunct's beginning, a joined emoji's, a
+// letter with its mark, and the scalar itself.
+TEST(Characters, EveryScalarJoinsWhatICUJoinsItTo) {
+  ICUModel model;
+  for (char32_t scalar = 0x80; scalar < 0x20000; ++scalar) {
+    std::u16string text = u"\u0915\u094D";
+    append(text, scalar);
+    text += u"👩\u200D";
+    append(text, scalar);
+    text += u"a\u0301";
+    append(text, scalar);
+    append(text, scalar);
+    ASSERT_EQ(boundariesOf(text), model.boundariesOf(text)) << static_cast<unsigned>(scalar);
+  }
 }
 
 TEST(Characters, RandomTextsAreBrokenAsICUBreaksThem) {
@@ -184,26 +225,17 @@ TEST(Characters, RandomTextsAreBrokenAsICUBreaksThem) {
       0x1F1E6, 0x1F1E9, 0x1F468, 0x2764, 0x1F3FD, 0xA9,   0x1112, 0x1161, 0x11AB, 0xAC00,
       0xAC01,  0x0915,  0x0937,  0x094D, 0x093C,  0x0903, 0x0600, 0x0E33, 0xD800, 0xDC00,
       0x200B,  0x2028,  0xE0020, 0x0D4E, 0x0BBF,  0x0CB0, 0x0CCD, 0x1100, 0xE9,   0x4E2D};
+  ICUModel model;
   std::mt19937 random(20240607);
   std::uniform_int_distribution<std::size_t> pick(0, scalars.size() - 1);
   for (int step = 0; step < 20'000; ++step) {
     std::u16string text;
     const int length = step % 9;
-    for (int count = 0; count < length; ++count) {
-      const char32_t scalar = scalars[pick(random)];
-      if (scalar > 0xFFFF) {
-        text.push_back(static_cast<char16_t>(0xD7C0 + (scalar >> 10)));
-        text.push_back(static_cast<char16_t>(0xDC00 + (scalar & 0x3FF)));
-      } else {
-        text.push_back(static_cast<char16_t>(scalar));
-      }
-    }
+    for (int count = 0; count < length; ++count)
+      append(text, scalars[pick(random)]);
     SCOPED_TRACE(testing::Message() << "step " << step << ": " << testing::PrintToString(text));
-    const std::vector<std::int64_t> expected = boundariesByICU(text);
-    std::vector<std::int64_t> forwards = {0};
-    while (forwards.back() < std::ssize(text))
-      forwards.push_back(nextCharacterBoundary(text, forwards.back()));
-    ASSERT_EQ(forwards, expected);
+    const std::vector<std::int64_t> expected = model.boundariesOf(text);
+    ASSERT_EQ(boundariesOf(text), expected);
     std::vector<std::int64_t> backwards = {std::ssize(text)};
     while (backwards.front() > 0)
       backwards.insert(backwards.begin(), previousCharacterBoundary(text, backwards.front()));
