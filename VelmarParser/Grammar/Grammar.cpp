@@ -111,7 +111,9 @@ std::optional<Version> Grammar::version() const {
   const TSLanguageMetadata* const metadata = ts_language_metadata(base_);
   if (!metadata)
     return std::nullopt;
-  return Version{.major = metadata->major_version, .minor = metadata->minor_version, .patch = metadata->patch_version};
+  return Version{.major = metadata->major_version,
+                 .minor = metadata->minor_version,
+                 .patch = metadata->patch_version};
 }
 
 Grammar::ABIVersion Grammar::abiVersion() const {

@@ -15,7 +15,7 @@ const char* ParseInput::read(void* payload, std::uint32_t, TSPoint point,
   if (!payload)
     return nullptr;
   auto& self = *static_cast<ParseInput*>(payload);
-  if (point.row >= self.text_->lineCount())
+  if (point.row >= self.text_->lineCount() || (self.isCancelled_ && self.isCancelled_->load()))
     return nullptr;
   const std::u16string_view line = self.text_->codeUnitsOfLine(point.row);
   const std::size_t offset = point.column / 2;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VelmarCore/Text/UTF16LineArray.h"
+#include "VelmarPlatform/Basics/AtomicFlag.h"
 
 #include <tree_sitter/api.h>
 
@@ -19,7 +20,8 @@ class ParseInput {
 public:
   static constexpr std::int64_t largestRead = 1024;
 
-  explicit ParseInput(const DocumentText& text) : text_(&text) {}
+  explicit ParseInput(const DocumentText& text, const AtomicFlag* isCancelled = nullptr)
+      : text_(&text), isCancelled_(isCancelled) {}
   ParseInput(const ParseInput&) = delete;
   ParseInput& operator=(const ParseInput&) = delete;
 
@@ -31,6 +33,7 @@ private:
                           std::uint32_t* bytesRead);
 
   const DocumentText* text_;
+  const AtomicFlag* isCancelled_;
   std::array<char16_t, largestRead> buffer_;
 };
 

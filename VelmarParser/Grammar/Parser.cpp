@@ -1,5 +1,6 @@
 #include "VelmarParser/Grammar/Parser.h"
 
+#include "VelmarParser/Grammar/TreeDisposal.h"
 #include "VelmarPlatform/Basics/Precondition.h"
 
 #include <fmt/format.h>
@@ -29,13 +30,32 @@ std::optional<ParseTree> Parser::parse(const ParseTree* old, TSInput input) {
   };
   TSTree* const tree =
       ts_parser_parse_with_options(base_.get(), old ? old->base() : nullptr, input, options);
-  return tree ? std::optional<ParseTree>(std::in_place, tree) : std::nullopt;
+  std::optional<ParseTree> result;
+  if (tree)
+    result.emplace(tree);
+  // A parse can also come to its end after the flag was set, on a text that seemed to end early.
+  if (result && isCancelled_->load()) {
+    disposeInBackground(std::move(*result));
+    result.reset();
+  }
+  holdsCancelledParse_ = !tree;
+  return result;
 }
 
-void Parser::setIncludedRanges(std::span<const TSRange> ranges) {
-  const bool accepted = ts_parser_set_included_ranges(base_.get(), ranges.data(),
-                                                      static_cast<std::uint32_t>(ranges.size()));
-  precondition(accepted, "The ranges to parse overlap or are out of order.");
+void Parser::reset() {
+  if (!std::exchange(holdsCancelledParse_, false)) {
+    ts_parser_reset(base_.get());
+    return;
+  }
+  disposeInBackground(base_.release());
+  base_.reset(ts_parser_new());
+  precondition(base_ != nullptr, "The runtime gave no parser.");
+  ts_parser_set_language(base_.get(), grammar_->base());
+}
+
+bool Parser::setIncludedRanges(std::span<const TSRange> ranges) {
+  return ts_parser_set_included_ranges(base_.get(), ranges.data(),
+                                       static_cast<std::uint32_t>(ranges.size()));
 }
 
 } // namespace velmar

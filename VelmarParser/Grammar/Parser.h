@@ -28,10 +28,11 @@ public:
   /// resume is dropped by `reset()`.
   [[nodiscard]] std::optional<ParseTree> parse(const ParseTree* old, TSInput input);
 
-  /// Drops what a cancelled parse has left behind.
-  void reset() { ts_parser_reset(base_.get()); }
-  /// The only parts of the text that the parser sees, in order and disjoint; none means all of it.
-  void setIncludedRanges(std::span<const TSRange> ranges);
+  /// Drops what a cancelled parse has left behind, on a background thread.
+  void reset();
+  /// The only parts of the text that the parser sees; none means all of it. Refused, with the
+  /// answer false and the earlier ranges kept, if they overlap or are out of order.
+  [[nodiscard]] bool setIncludedRanges(std::span<const TSRange> ranges);
 
   [[nodiscard]] const Grammar& grammar() const noexcept { return *grammar_; }
 
@@ -42,6 +43,7 @@ private:
   std::shared_ptr<const Grammar> grammar_; // outlives `base_`, which reads its tables
   std::shared_ptr<const AtomicFlag> isCancelled_;
   std::unique_ptr<TSParser, Deleter> base_;
+  bool holdsCancelledParse_ = false;
 };
 
 } // namespace velmar
