@@ -41,6 +41,10 @@ TextRangeSet Parse::replaceSubrange(TextRange range, std::u16string_view text) {
   root_->ranges = TextRangeSet({0, lines_.count()});
   TextRangeSet changed = reparse(root_, edit);
   changed.insertContentsOf(edit.range);
+#ifdef VELMAR_CHECKED
+  checkInvariants();
+  changed.checkInvariants();
+#endif
   return changed;
 }
 
@@ -90,6 +94,16 @@ std::shared_ptr<const Query> Parse::queryFor(ParseQueryCategory category,
                                              const ParseConfiguration& configuration) const {
   return withErrorHandling([&] { return rawValueOf(category); }, configuration,
                            [&] { return configuration.queryFor(category); });
+}
+
+void Parse::checkInvariants() const {
+  lines_.checkInvariants();
+  for (const Layer& layer : layers()) {
+    layer.ranges().checkInvariants();
+    layer.languageNameRanges().checkInvariants();
+    layer.lexicalSpans().checkInvariants();
+    precondition(layer.lexicalSpans().count() == count(), "Lexical spans are as long as the document.");
+  }
 }
 
 void Parse::reportError(const ParseConfiguration& configuration, std::string_view label) const {

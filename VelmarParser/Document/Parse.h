@@ -115,6 +115,10 @@ public:
   [[nodiscard]] std::shared_ptr<const Query>
   queryFor(ParseQueryCategory category, const ParseConfiguration& configuration) const;
 
+  /// Stops the process with a message if the line table, a range set or a run array isn't what it must be. O(document) for
+  /// each layer; builds with VELMAR_CHECKED do it after each edit.
+  void checkInvariants() const;
+
   /// What `operation` gives; absent if it throws, and then the error handler hears of it under
   /// `label()`. An operation that gives an optional or a pointer gives that, empty where it throws.
   template <class Label, class Operation>
