@@ -1,0 +1,30 @@
+; The text within a block of Markdown.
+
+(emphasis) @markup.italic
+(strong_emphasis) @markup.bold
+(emphasis (strong_emphasis) @markup.bold.italic)
+(strong_emphasis (emphasis) @markup.bold.italic)
+(strikethrough) @markup.strikethrough
+(emphasis_delimiter) @punctuation.marker
+
+(code_span) @markup.code
+(code_span_delimiter) @punctuation.marker
+(latex_block) @markup.math
+(latex_span_delimiter) @punctuation.marker
+
+; Links and images
+(link_text) @markup.link
+(image_description) @markup.image
+(link_label) @markup.reference
+(shortcut_link (link_text) @markup.link.reference)
+(link_destination) @markup.url
+[(uri_autolink) (email_autolink)] @markup.url
+(link_title) @string
+(inline_link ["[" "]" "(" ")"] @punctuation.bracket)
+(full_reference_link ["[" "]"] @punctuation.bracket)
+(collapsed_reference_link ["[" "]"] @punctuation.bracket)
+(shortcut_link ["[" "]"] @punctuation.bracket)
+(image ["!" "[" "]" "(" ")"] @punctuation.bracket)
+
+(backslash_escape) @character.escape
+[(entity_reference) (numeric_character_reference)] @character.entity

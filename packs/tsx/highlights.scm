@@ -1,0 +1,2 @@
+; inherits: typescript, _jsx
+; TypeScript with elements.
