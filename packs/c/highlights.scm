@@ -1,7 +1,7 @@
 ; C, and the part of C++ that is C. Only nodes that both grammars have, in places that both allow.
 ;
-; Where two patterns capture one node, the longer selector wins. "priority" decides the rest: 10 where a pattern
-; looks at the place and the text, 5 where it gives way to those and still beats a bare kind of place.
+; Where two patterns capture one node, the one of higher priority wins, and then the longer selector. Priorities
+; rise with what a pattern knows: 0 the kind of node or its place, 5 its kind and text, 10 an exception from these.
 
 ; Names by their kind
 (identifier) @variable
@@ -23,8 +23,6 @@
 
 ; Functions: where they are made, and where they are called
 (function_declarator declarator: (identifier) @function.declaration)
-(function_declarator
-  declarator: (parenthesized_declarator (pointer_declarator declarator: (identifier) @variable.parameter)))
 (call_expression function: (identifier) @function.call)
 ((call_expression function: (identifier) @function.macro)
   (#match? @function.macro "^_*[A-Z][A-Z\\d_]+$")
@@ -38,6 +36,9 @@
 (parameter_declaration declarator: (array_declarator declarator: (identifier) @variable.parameter))
 (parameter_declaration
   declarator: (pointer_declarator declarator: (array_declarator declarator: (identifier) @variable.parameter)))
+(parameter_declaration
+  declarator: (function_declarator
+    declarator: (parenthesized_declarator (pointer_declarator declarator: (identifier) @variable.parameter))))
 
 ; The preprocessor
 [
@@ -60,10 +61,11 @@
   (#set! "priority" "10"))
 (preproc_params (identifier) @variable.parameter
   (#set! "priority" "10"))
+(preproc_call argument: (preproc_arg) @string.directive)
 ; A body of one token, which isn't worth a layer of its own.
-((preproc_arg) @number
+((preproc_def value: (preproc_arg) @number)
   (#match? @number "^\\s*[-+]?\\.?\\d[\\w.']*\\s*$"))
-((preproc_arg) @string
+((preproc_def value: (preproc_arg) @string)
   (#match? @string "^\\s*\\w*\"[^\"]*\"\\s*$"))
 
 ; Literals
@@ -102,6 +104,7 @@
   (storage_class_specifier)
   (type_qualifier)
   (ms_call_modifier)
+  "extern"
   "__attribute"
   "__attribute__"
   "__declspec"

@@ -45,7 +45,11 @@
     name: (qualified_identifier name: (qualified_identifier name: (identifier) @function.call))))
 (template_function name: (identifier) @function.call)
 (template_method name: (field_identifier) @function.method)
-(field_initializer (field_identifier) @property)
+(call_expression
+  function: (field_expression field: (qualified_identifier name: (field_identifier) @function.method)))
+((template_function name: (identifier) @keyword.expression)
+  (#eq? @keyword.expression "const_cast" "dynamic_cast" "reinterpret_cast" "static_cast")
+  (#set! "priority" "10"))
 
 ; Parameters
 (parameter_declaration declarator: (reference_declarator (identifier) @variable.parameter))
@@ -60,7 +64,8 @@
 
 ; Literals
 (raw_string_literal) @string
-(static_assert_declaration message: (string_literal) @string)
+(raw_string_literal ["(" ")"] @string.delimiter
+  (#set! "priority" "10"))
 
 ; Words
 ["catch" "co_return" "co_yield" "throw" "try"] @keyword.control
@@ -76,6 +81,7 @@
   (access_specifier)
   (virtual_specifier)
   "virtual"
+  "constexpr"
   "explicit"
   "friend"
   "inline"
@@ -101,11 +107,14 @@
   "xor"
   "xor_eq"
 ] @keyword.expression
+(default_method_clause "default" @keyword.modifier
+  (#set! "priority" "10"))
+(delete_method_clause "delete" @keyword.modifier
+  (#set! "priority" "10"))
 (alignas_qualifier ["alignas" "_Alignas"] @keyword.modifier)
 
 ; Signs
-["<=>" "->*" ".*" "()" "\"\""] @operator
+["<=>" "->*" ".*" "()" "[]" "\"\""] @operator
 (lambda_default_capture) @operator
-(destructor_name) @function.constructor
 (template_argument_list ["<" ">"] @punctuation.bracket)
 (template_parameter_list ["<" ">"] @punctuation.bracket)

@@ -8,6 +8,7 @@
 (emphasis_delimiter) @punctuation.marker
 
 (code_span) @markup.code
+(link_text (code_span) @markup.code.link)
 (code_span_delimiter) @punctuation.marker
 (latex_block) @markup.math
 (latex_span_delimiter) @punctuation.marker
