@@ -1,5 +1,6 @@
 // Every pack compiles against the grammar of its language. Where one doesn't, the message names
 // file and line, and the name of the grammar that comes closest.
+#include "VelmarParser/Query/Query.h"
 #include "host/PackReader.h"
 #include "tests/packs/NearestName.h"
 #include "tests/packs/PackFiles.h"
@@ -85,7 +86,20 @@ class PackCompiles : public ::testing::TestWithParam<PackFile> {};
 TEST_P(PackCompiles, AgainstItsGrammar) {
   const auto text = PackReader(packFolder()).textFor(GetParam().language, GetParam().category);
   ASSERT_TRUE(text);
-  EXPECT_EQ(faultOf(*text, *grammarOf(GetParam().language)), std::nullopt);
+  ASSERT_EQ(faultOf(*text, *grammarOf(GetParam().language)), std::nullopt);
+  const Query query(text->text, grammarOf(GetParam().language));
+  EXPECT_GT(query.patternCount(), 0);
+}
+
+TEST_P(PackCompiles, WithoutPredicatesThatNobodyKnows) {
+  const auto text = PackReader(packFolder()).textFor(GetParam().language, GetParam().category);
+  const Query query(text.value().text, grammarOf(GetParam().language));
+  for (const auto pattern : query.patterns()) {
+    for (const auto& other : query.otherPredicates()[static_cast<std::size_t>(pattern.index())]) {
+      const PackText::Place place = text->placeOf(pattern.byteRange().lowerBound);
+      ADD_FAILURE() << place.file << ":" << place.line << ": nobody knows “" << other.name << "”.";
+    }
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -1,6 +1,7 @@
 // The capture names of highlights packs are a vocabulary that themes are made from: packs/README.md
 // lists it.
 #include "VelmarCode/Syntax/LexicalSelector.h"
+#include "VelmarParser/Query/Query.h"
 #include "host/PackReader.h"
 #include "tests/packs/PackFiles.h"
 
@@ -14,10 +15,6 @@
 namespace velmar::testing {
 namespace {
 
-struct QueryDeleter {
-  void operator()(TSQuery* query) const noexcept { ts_query_delete(query); }
-};
-
 /// The capture names that give selectors, of all highlights.
 std::set<std::string> selectorNames() {
   std::set<std::string> names;
@@ -25,16 +22,8 @@ std::set<std::string> selectorNames() {
     if (file.category != "highlights")
       continue;
     const auto text = host::PackReader(packFolder()).textFor(file.language, file.category);
-    std::uint32_t offset = 0;
-    TSQueryError error = TSQueryErrorNone;
-    const std::unique_ptr<TSQuery, QueryDeleter> query(
-        ts_query_new(grammarOf(file.language)->base(), text->text.data(),
-                     static_cast<std::uint32_t>(text->text.size()), &offset, &error));
-    if (!query)
-      continue; // another test's business
-    for (std::uint32_t id = 0; id < ts_query_capture_count(query.get()); ++id) {
-      std::uint32_t length = 0;
-      const std::string name(ts_query_capture_name_for_id(query.get(), id, &length));
+    const Query query(text.value().text, grammarOf(file.language));
+    for (const std::string& name : query.captureNames()) {
       if (!name.starts_with('_'))
         names.insert(name);
     }
