@@ -2,8 +2,11 @@
 
 (emphasis) @markup.italic
 (strong_emphasis) @markup.bold
-(emphasis (strong_emphasis) @markup.bold.italic)
-(strong_emphasis (emphasis) @markup.bold.italic)
+; Asked of the nodes, since the runtime takes long to compile a pattern of one in the other.
+((strong_emphasis) @markup.bold.italic
+  (#has-parent? @markup.bold.italic "emphasis"))
+((emphasis) @markup.bold.italic
+  (#has-parent? @markup.bold.italic "strong_emphasis"))
 (strikethrough) @markup.strikethrough
 (emphasis_delimiter) @punctuation.marker
 
