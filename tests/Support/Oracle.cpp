@@ -13,8 +13,8 @@ namespace {
 
 std::string shown(const Parse::Layer& layer) {
   std::ostringstream text;
-  text << layer.configuration().id().rawValue << ' ' << layer.ranges() << ' ' << layer.languageNameRanges() << ' '
-       << layer.isCombined() << layer.resetsHighlights();
+  text << layer.configuration().id().rawValue << ' ' << layer.ranges() << ' '
+       << layer.languageNameRanges() << ' ' << layer.isCombined() << layer.resetsHighlights();
   return text.str();
 }
 
@@ -34,9 +34,9 @@ bool sameSpans(const LexicalSpans& left, const LexicalSpans& right) {
 } // namespace
 
 std::ostream& operator<<(std::ostream& stream, const OracleCounts& counts) {
-  return stream << counts.edits << " edits, " << counts.layers << " layers compared, " << counts.freshParses
-                << " fresh parses (" << counts.otherTrees << " with other trees), " << counts.notLoadable
-                << " states that can't be loaded";
+  return stream << counts.edits << " edits, " << counts.layers << " layers compared, "
+                << counts.freshParses << " fresh parses (" << counts.otherTrees
+                << " with other trees), " << counts.notLoadable << " states that can't be loaded";
 }
 
 void CheckedParse::edit(TextRange range, const std::u16string& text) {
@@ -63,7 +63,8 @@ void CheckedParse::compareWithFreshParse() {
   fresh.replaceSubrange({0, 0}, text());
   bool otherTrees = false;
   // Where the runtime's two trees of a layer differ, what follows from them may, too.
-  std::vector<std::pair<Parse::Layer, Parse::Layer>> pairs{{document_.rootLayer(), fresh.rootLayer()}};
+  std::vector<std::pair<Parse::Layer, Parse::Layer>> pairs{
+      {document_.rootLayer(), fresh.rootLayer()}};
   while (!pairs.empty()) {
     const auto [mine, other] = pairs.back();
     pairs.pop_back();
@@ -97,7 +98,8 @@ RandomEdit RandomTyping::next(const std::u16string& text) {
     removed = std::min(rest, below(40) == 0 ? below(300) : below(6));
   std::u16string inserted;
   if (below(5) != 0)
-    inserted = inserts_[static_cast<std::size_t>(below(static_cast<std::int64_t>(inserts_.size())))];
+    inserted =
+        inserts_[static_cast<std::size_t>(below(static_cast<std::int64_t>(inserts_.size())))];
   else if (below(8) == 0 && count > 0) {
     const std::int64_t from = below(count);
     inserted = text.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(below(60)));

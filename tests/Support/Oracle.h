@@ -11,14 +11,17 @@
 
 namespace velmar::testing {
 
-/// What was compared, and how often the states were such that a comparison with a fresh parse means nothing.
+/// What was compared, and how often the states were such that a comparison with a fresh parse means
+/// nothing.
 struct OracleCounts {
   std::int64_t edits = 0;
   std::int64_t layers = 0;
   std::int64_t freshParses = 0;
-  /// Fresh parses in which a layer's tree differed from the incremental one, as the runtime allows itself.
+  /// Fresh parses in which a layer's tree differed from the incremental one, as the runtime allows
+  /// itself.
   std::int64_t otherTrees = 0;
-  /// States in which the line table or the text can't be had by loading: a CR and an LF that stay apart, a lone surrogate.
+  /// States in which the line table or the text can't be had by loading: a CR and an LF that stay
+  /// apart, a lone surrogate.
   std::int64_t notLoadable = 0;
 };
 std::ostream& operator<<(std::ostream& stream, const OracleCounts& counts);
@@ -51,15 +54,19 @@ struct RandomEdit {
   std::u16string text;
 };
 
-/// What people do to a text: mostly small edits near one place, some of them with `inserts`, the tokens that matter in its
-/// language; now and then a piece of the text itself moves, or a larger part goes.
+/// What people do to a text: mostly small edits near one place, some of them with `inserts`, the
+/// tokens that matter in its language; now and then a piece of the text itself moves, or a larger
+/// part goes.
 class RandomTyping {
 public:
-  RandomTyping(std::uint32_t seed, std::vector<std::u16string> inserts) : random_(seed), inserts_(std::move(inserts)) {}
+  RandomTyping(std::uint32_t seed, std::vector<std::u16string> inserts)
+      : random_(seed), inserts_(std::move(inserts)) {}
   RandomEdit next(const std::u16string& text);
 
 private:
-  std::int64_t below(std::int64_t bound) { return std::uniform_int_distribution<std::int64_t>(0, bound - 1)(random_); }
+  std::int64_t below(std::int64_t bound) {
+    return std::uniform_int_distribution<std::int64_t>(0, bound - 1)(random_);
+  }
   std::mt19937 random_;
   std::vector<std::u16string> inserts_;
   std::int64_t place_ = 0;

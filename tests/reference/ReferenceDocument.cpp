@@ -87,6 +87,20 @@ Ranges rangesOf(const TextRangeSet& set) {
   return ranges;
 }
 
+/// By start, the longer one first; equal ones in the order found.
+template <class Element>
+void sortByRange(std::vector<Element>& elements) {
+  for (std::size_t sorted = 1; sorted < elements.size(); ++sorted) {
+    for (std::size_t at = sorted; at > 0; --at) {
+      const Span& a = elements[at - 1].range;
+      const Span& b = elements[at].range;
+      if (a.first < b.first || (a.first == b.first && a.second >= b.second))
+        break;
+      std::swap(elements[at - 1], elements[at]);
+    }
+  }
+}
+
 std::string shown(const Ranges& ranges) {
   std::ostringstream text;
   for (const Span& range : ranges)
@@ -327,16 +341,7 @@ std::vector<Document::Point> Document::points(const Layer& layer, TSNode root) {
                       properties.contains("injection.combined"),
                       properties.contains("injection.reset")});
   }
-  // By start, the longer one first, in the order found.
-  for (std::size_t sorted = 1; sorted < points.size(); ++sorted) {
-    for (std::size_t at = sorted; at > 0; --at) {
-      const Span& a = points[at - 1].range;
-      const Span& b = points[at].range;
-      if (a.first < b.first || (a.first == b.first && a.second >= b.second))
-        break;
-      std::swap(points[at - 1], points[at]);
-    }
-  }
+  sortByRange(points);
   return points;
 }
 
@@ -499,10 +504,7 @@ void Document::compareSpans(const Layer& layer, const Parse::Layer& engine) {
         pairs.push_back({capture.range, *lexicalClassOf(capture.name)});
     }
   }
-  std::stable_sort(pairs.begin(), pairs.end(), [](const Pair& a, const Pair& b) {
-    return a.range.first != b.range.first ? a.range.first < b.range.first
-                                          : a.range.second > b.range.second;
-  });
+  sortByRange(pairs);
 
   std::map<std::int64_t, std::string> steps{{0, ""}};
   const auto write = [&](const Pair& pair) {

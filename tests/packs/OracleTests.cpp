@@ -1,0 +1,110 @@
+// Random typing in real files of the packed languages, each state checked against the plain
+// reference and, now and then, against a fresh parse. VELMAR_ORACLE_EDITS sets the number of edits
+// in all; VELMAR_ORACLE_SEED another course.
+
+#include "tests/Support/Oracle.h"
+
+#include "VelmarPlatform/Files/FileContents.h"
+#include "VelmarPlatform/Unicode/UTF.h"
+#include "tests/packs/PackFiles.h"
+#include "tests/packs/PackLanguages.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <iostream>
+
+namespace velmar::testing {
+namespace {
+
+std::int64_t numberFromEnvironment(const char* name, std::int64_t otherwise) {
+  const char* const text =
+      std::getenv(name); // NOLINT(concurrency-mt-unsafe): nothing here writes the environment
+  return text ? std::atoll(text) : otherwise;
+}
+
+struct Sample {
+  const char* name;
+  const char* language;
+  const char* path;
+  std::vector<std::u16string> inserts;
+};
+
+const std::vector<std::u16string> codeInserts{
+    u"a", u" ",  u"\n", u"(",    u")",          u"{",           u"}",        u"\"",
+    u"'", u"/*", u"*/", u"//",   u"`",          u";",           u"${",       u"if ",
+    u"<", u">",  u"\r\n", u"\U0001F600", u"css`a{b:c}`", u"/** @x */"};
+const std::vector<std::u16string> markupInserts{u"a",
+                                                u" ",
+                                                u"\n",
+                                                u"<",
+                                                u">",
+                                                u"</script>",
+                                                u"<style>",
+                                                u"</style>",
+                                                u"<script>",
+                                                u"\"",
+                                                u"x=\"1\"",
+                                                u"<!--",
+                                                u"-->",
+                                                u"p { color: red }",
+                                                u"let a = `x`;",
+                                                u"\r\n",
+                                                u"<p onclick=\"f()\">",
+                                                u"\u00e9"};
+const std::vector<std::u16string> markdownInserts{
+    u"a",      u" ",     u"\n", u"\n\n",      u"```js\n",   u"```\n", u"```\n```",
+    u"`",      u"*",     u"# ", u"- ",        u"> ",        u"<b>",   u"</b>",
+    u"[x](y)", u"---\n", u"|",  u"~~~html\n", u"\U0001F600"};
+
+class Oracle : public ::testing::TestWithParam<Sample> {};
+
+TEST_P(Oracle, EveryStateEqualsTheReference) {
+  const Sample& sample = GetParam();
+  const auto edits = numberFromEnvironment("VELMAR_ORACLE_EDITS", 20'000) / 7;
+  const auto seed = static_cast<std::uint32_t>(numberFromEnvironment("VELMAR_ORACLE_SEED", 1));
+  const auto languages = std::make_shared<PackLanguages>();
+  const FilePath path(std::string(VELMAR_SOURCE_DIR) + "/" + sample.path);
+  const std::u16string source = utf16RepairingUTF8(charactersOf(readFile(path))).substr(0, 6000);
+
+  OracleCounts total;
+  constexpr std::int64_t editsToASession = 400;
+  for (std::int64_t done = 0; done < edits; done += editsToASession) {
+    CheckedParse document(languages->configuration(sample.language).value(), 40);
+    document.edit({0, 0}, source);
+    RandomTyping typing(seed + static_cast<std::uint32_t>(done), sample.inserts);
+    for (std::int64_t step = 0; step < std::min(editsToASession, edits - done); ++step) {
+      const RandomEdit edit = typing.next(document.text());
+      SCOPED_TRACE(::testing::Message()
+                   << "session " << done << " step " << step << ": " << edit.range << " with "
+                   << ::testing::PrintToString(utf8RepairingUTF16(edit.text)));
+      try {
+        document.edit(edit.range, edit.text);
+      } catch (const std::exception& difference) {
+        FAIL() << difference.what();
+      }
+    }
+    total.edits += document.counts().edits;
+    total.layers += document.counts().layers;
+    total.freshParses += document.counts().freshParses;
+    total.otherTrees += document.counts().otherTrees;
+    total.notLoadable += document.counts().notLoadable;
+  }
+  std::cout << sample.name << ": " << total << '\n';
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Packs, Oracle,
+    ::testing::Values(
+        Sample{"CPlusPlus", "cpp", "VelmarParser/Document/Injections.cpp", codeInserts},
+        Sample{"JavaScript", "javascript",
+               "grammars/node_modules/tree-sitter-javascript/grammar.js", codeInserts},
+        Sample{"TypeScript", "typescript", "tests/packs/samples/oracle.ts", codeInserts},
+        Sample{"HTML", "html", "tests/packs/samples/oracle.html", markupInserts},
+        Sample{"CSS", "css", "tests/packs/samples/oracle.css", codeInserts},
+        Sample{"Markdown", "markdown", "tests/packs/samples/oracle.md", markdownInserts},
+        Sample{"Readme", "markdown", "README.md", markdownInserts}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+} // namespace
+} // namespace velmar::testing
