@@ -1,8 +1,8 @@
 #include "VelmarParser/Grammar/Grammar.h"
 
 #include "VelmarParser/Grammar/BuiltInGrammars.h"
-#include "VelmarPlatform/Basics/DynamicLibrary.h"
 #include "VelmarPlatform/Basics/Precondition.h"
+#include "VelmarPlatform/Files/DynamicLibrary.h"
 
 #include <fmt/format.h>
 #include <ostream>

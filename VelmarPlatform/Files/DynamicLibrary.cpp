@@ -1,4 +1,4 @@
-#include "VelmarPlatform/Basics/DynamicLibrary.h"
+#include "VelmarPlatform/Files/DynamicLibrary.h"
 
 #include "VelmarPlatform/Unicode/UTF.h"
 

@@ -1,4 +1,4 @@
-#include "VelmarPlatform/Basics/DynamicLibrary.h"
+#include "VelmarPlatform/Files/DynamicLibrary.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
