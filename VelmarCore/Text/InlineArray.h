@@ -70,7 +70,7 @@ public:
   /// cheap.
   void reserve(std::size_t count) {
     if (count > capacity_)
-      relocate(std::max(count, capacity_ + capacity_ / 2 + 1));
+      relocate(std::max(count, capacity_ * 2));
   }
 
   void pushBack(Element element) {
@@ -142,7 +142,7 @@ private:
 
   void appendCopies(const InlineArray& other) {
     if (other.size_ > capacity_)
-      relocate(other.size_); // a copy is as large as it has to be
+      relocate(other.size_ + other.size_ / 8 + 1); // a copy is mostly made to be changed a little
     std::uninitialized_copy(other.begin(), other.end(), data_ + size_);
     size_ += other.size_;
   }

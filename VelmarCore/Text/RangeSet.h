@@ -173,6 +173,9 @@ private:
   }
   bool insertInside(const Range<T>& range);
   [[nodiscard]] Span rangesMeeting(const Range<T>& range, Adjacent adjacent) const;
+  [[nodiscard]] std::span<const Range<T>> rangesIn(const Range<T>& range) const;
+  // From the first value to the last; the set isn't empty.
+  [[nodiscard]] Range<T> hull() const { return {ranges_[0].lowerBound, ranges_.back().upperBound}; }
   template <class Combine>
   void rewrite(Span window, std::span<const Range<T>> other, Combine combine);
 

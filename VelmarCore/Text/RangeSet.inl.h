@@ -60,14 +60,18 @@ Range<T>* writeIntersection(std::span<const Range<T>> as, std::span<const Range<
   const Range<T>* const aEnd = a + as.size();
   const Range<T>* const bEnd = b + bs.size();
   while (a != aEnd && b != bEnd) {
-    const bool bEndsFirst = b->upperBound < a->upperBound;
-    const T& lower = std::max(a->lowerBound, b->lowerBound);
-    const T& upper = bEndsFirst ? b->upperBound : a->upperBound;
-    if (lower < upper)
-      *out++ = Range<T>(lower, upper);
-    // The one that ends first is done; the other may reach further.
-    a += bEndsFirst ? 0 : 1;
-    b += bEndsFirst ? 1 : 0;
+    if (!(b->lowerBound < a->upperBound)) {
+      ++a;
+    } else if (!(a->lowerBound < b->upperBound)) {
+      ++b;
+    } else { // they overlap; the one that ends first is done, the other may reach further
+      const bool bEndsFirst = b->upperBound < a->upperBound;
+      const Range<T> overlap(std::max(a->lowerBound, b->lowerBound),
+                             bEndsFirst ? b->upperBound : a->upperBound);
+      a += bEndsFirst ? 0 : 1;
+      b += bEndsFirst ? 1 : 0;
+      *out++ = overlap;
+    }
   }
   return out;
 }
@@ -219,6 +223,13 @@ void RangeSet<T>::removeContentsOf(const Range<T>& range) {
       [&](std::size_t k) -> const Range<T>& { return cutsFirst && k == 0 ? left : right; });
 }
 
+// The stored ranges that have something in common with `range`, whole.
+template <std::totally_ordered T>
+std::span<const Range<T>> RangeSet<T>::rangesIn(const Range<T>& range) const {
+  const auto [first, last] = rangesMeeting(range, Adjacent::excluded);
+  return ranges().subspan(first, last - first);
+}
+
 // Puts what `combine(ours, other, out)` writes in the place of our ranges in `window`: at most as
 // many as both together.
 template <std::totally_ordered T>
@@ -244,8 +255,7 @@ void RangeSet<T>::formUnion(const RangeSet& other) {
     insertContentsOf(other.ranges_[0]);
     return;
   }
-  const Range<T> hull(other.ranges_[0].lowerBound, other.ranges_.back().upperBound);
-  rewrite(rangesMeeting(hull, Adjacent::included), other.ranges(), detail::writeUnion<T>);
+  rewrite(rangesMeeting(other.hull(), Adjacent::included), other.ranges(), detail::writeUnion<T>);
 }
 
 template <std::totally_ordered T>
@@ -255,14 +265,20 @@ void RangeSet<T>::formIntersection(const RangeSet& other) {
   if (other.isEmpty())
     return removeAll();
   // Of each set only what lies in the span of the other can stay.
-  const Range<T> hull(ranges_[0].lowerBound, ranges_.back().upperBound);
-  const Range<T> otherHull(other.ranges_[0].lowerBound, other.ranges_.back().upperBound);
-  const Span ours = rangesMeeting(otherHull, Adjacent::excluded);
-  const Span theirs = other.rangesMeeting(hull, Adjacent::excluded);
-  ranges_.truncate(ours.last);
-  ranges_.replace(0, ours.first, 0, [](std::size_t) { return Range<T>(); });
-  rewrite({0, ranges_.size()}, other.ranges().subspan(theirs.first, theirs.last - theirs.first),
-          detail::writeIntersection<T>);
+  const auto theirs = other.rangesIn(hull());
+  const auto [first, last] = rangesMeeting(other.hull(), Adjacent::excluded);
+  ranges_.truncate(last);
+  ranges_.replace(0, first, 0, [](std::size_t) { return Range<T>(); });
+  if (isEmpty())
+    return;
+  if (theirs.size() == 1) { // one range cuts at both ends and leaves what is between
+    Range<T>& front = ranges_[0];
+    front.lowerBound = std::max(front.lowerBound, theirs[0].lowerBound);
+    Range<T>& back = ranges_.back();
+    back.upperBound = std::min(back.upperBound, theirs[0].upperBound);
+    return;
+  }
+  rewrite({0, ranges_.size()}, theirs, detail::writeIntersection<T>);
 }
 
 template <std::totally_ordered T>
@@ -271,9 +287,7 @@ void RangeSet<T>::subtract(const RangeSet& other) {
     return;
   if (this == &other)
     return removeAll();
-  const Range<T> hull(ranges_[0].lowerBound, ranges_.back().upperBound);
-  const Span theirs = other.rangesMeeting(hull, Adjacent::excluded);
-  const auto cuts = other.ranges().subspan(theirs.first, theirs.last - theirs.first);
+  const auto cuts = other.rangesIn(hull());
   if (cuts.empty())
     return;
   if (cuts.size() == 1)
@@ -302,12 +316,14 @@ RangeSet<T> RangeSet<T>::unionWith(const RangeSet& other) const {
 
 template <std::totally_ordered T>
 RangeSet<T> RangeSet<T>::intersection(const RangeSet& other) const {
+  RangeSet result;
   if (isEmpty() || other.isEmpty())
-    return {};
-  // The smaller set is the one to copy.
-  const bool oursIsSmaller = ranges_.size() <= other.ranges_.size();
-  RangeSet result = oursIsSmaller ? *this : other;
-  result.formIntersection(oursIsSmaller ? other : *this);
+    return result;
+  const auto ours = rangesIn(other.hull());
+  const auto theirs = other.rangesIn(hull());
+  result.ranges_.resizeForOverwrite(ours.size() + theirs.size());
+  Range<T>* const end = detail::writeIntersection(ours, theirs, result.ranges_.begin());
+  result.ranges_.truncate(static_cast<std::size_t>(end - result.ranges_.begin()));
   return result;
 }
 

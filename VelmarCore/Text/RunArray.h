@@ -238,9 +238,8 @@ public:
   void insert(T value, std::int64_t offset, std::int64_t count) {
     replaceSubrange({offset, offset}, std::move(value), count);
   }
-  void append(T value, std::int64_t count) {
-    replaceSubrange({this->count(), this->count()}, std::move(value), count);
-  }
+  /// Amortised O(1).
+  void append(T value, std::int64_t count);
   /// Puts `count` times `value` in the place of `range`. Merges with the run in front and the run
   /// behind, where the comparator lets it.
   ///

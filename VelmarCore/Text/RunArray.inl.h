@@ -155,6 +155,22 @@ auto RunArray<T, Comparator>::bisectUsing(Function function) const -> std::optio
   return std::nullopt;
 }
 
+// What the splice would do at the end, without its searches: arrays are mostly filled this way.
+template <class T, RunComparator Comparator>
+  requires std::same_as<typename Comparator::Compared, T>
+void RunArray<T, Comparator>::append(T value, std::int64_t count) {
+  precondition(count >= 0, "A value can't be laid down a negative number of times.");
+  if (count == 0)
+    return;
+  Storage& storage = storage_.write();
+  if (storage.values.empty() || !comparator_.canMerge(storage.values.back(), value)) {
+    storage.values.reserve(storage.runCount() + 1);
+    storage.starts.pushBack(storage.count);
+    storage.values.pushBack(std::move(value));
+  }
+  storage.count += count;
+}
+
 template <class T, RunComparator Comparator>
   requires std::same_as<typename Comparator::Compared, T>
 void RunArray<T, Comparator>::replaceSubrange(TextRange range, T value, std::int64_t count) {
@@ -262,8 +278,12 @@ void RunArray<T, Comparator>::splice(TextRange range, Pairs pairs, std::int64_t 
   if (lower < storage.count) {
     const std::size_t run = storage.runHolding(lower);
     first = storage.start(run) < lower ? run + 1 : run;
-    if (upper < storage.count)
-      last = upper < storage.end(run) ? run : storage.runHolding(upper);
+    if (upper < storage.end(run))
+      last = run;
+    else if (run + 1 < runCount && upper < storage.end(run + 1))
+      last = run + 1; // short edits end here, without a second search
+    else if (upper < storage.count)
+      last = storage.runHolding(upper);
   }
 
   const bool isInside = first > 0 && last == first - 1;

@@ -2,28 +2,31 @@
 
 #include <algorithm>
 
+#if defined(__clang__)
+#define VELMAR_UNPREDICTABLE(condition) __builtin_unpredictable(condition)
+#else
+#define VELMAR_UNPREDICTABLE(condition) (condition)
+#endif
+
 namespace velmar {
 
 std::size_t ShiftedOffsets::countUpTo(std::int64_t offset) const noexcept {
   const std::size_t boundary = std::min(shiftedFrom_, raw_.size());
   const std::int64_t* base = raw_.data();
   std::size_t length = boundary;
-  std::size_t counted = 0;
   if (boundary < raw_.size() && raw_[boundary] + shift_ <= offset) {
     base += boundary;
     length = raw_.size() - boundary;
-    counted = boundary;
     offset -= shift_;
   }
-  // A search that always halves takes no branch that depends on the data.
+  // A search that always halves needs no branch that depends on the data; one guesses wrong half of
+  // the time.
   while (length > 0) {
     const std::size_t half = length - length / 2;
-    const std::size_t step = base[half - 1] <= offset ? half : 0;
-    base += step;
-    counted += step;
+    base += VELMAR_UNPREDICTABLE(base[half - 1] <= offset) ? half : 0;
     length /= 2;
   }
-  return counted;
+  return static_cast<std::size_t>(base - raw_.data());
 }
 
 std::span<std::int64_t> ShiftedOffsets::replace(std::size_t first, std::size_t last,

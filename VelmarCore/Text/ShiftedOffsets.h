@@ -31,6 +31,11 @@ public:
     raw_[index] = offset - (index >= shiftedFrom_ ? shift_ : 0);
   }
 
+  /// Adds an offset behind all others. Amortised O(1).
+  void pushBack(std::int64_t offset) {
+    raw_.pushBack(offset - (raw_.size() >= shiftedFrom_ ? shift_ : 0));
+  }
+
   /// Makes room for `count` offsets in all.
   void reserve(std::size_t count) { raw_.reserve(count); }
 
