@@ -266,16 +266,19 @@ void RangeSet<T>::formIntersection(const RangeSet& other) {
     return removeAll();
   // Of each set only what lies in the span of the other can stay.
   const auto theirs = other.rangesIn(hull());
-  const auto [first, last] = rangesMeeting(other.hull(), Adjacent::excluded);
+  if (theirs.empty())
+    return removeAll();
+  const Range<T> bounds(theirs.front().lowerBound, theirs.back().upperBound);
+  const auto [first, last] = rangesMeeting(bounds, Adjacent::excluded);
   ranges_.truncate(last);
   ranges_.replace(0, first, 0, [](std::size_t) { return Range<T>(); });
   if (isEmpty())
     return;
-  if (theirs.size() == 1) { // one range cuts at both ends and leaves what is between
+  if (theirs.size() == 1) { // each of ours meets it, so it cuts the first and the last at most
     Range<T>& front = ranges_[0];
-    front.lowerBound = std::max(front.lowerBound, theirs[0].lowerBound);
+    front.lowerBound = std::max(front.lowerBound, bounds.lowerBound);
     Range<T>& back = ranges_.back();
-    back.upperBound = std::min(back.upperBound, theirs[0].upperBound);
+    back.upperBound = std::min(back.upperBound, bounds.upperBound);
     return;
   }
   rewrite({0, ranges_.size()}, theirs, detail::writeIntersection<T>);
