@@ -118,14 +118,6 @@ struct RemainderRunComparator {
   bool operator==(const RemainderRunComparator&) const = default;
 };
 
-/// Merges in ascending order only: it shows which way round it is asked.
-struct AscendingRunComparator {
-  using Compared = int;
-  [[nodiscard]] bool canMerge(int left, int right) const { return left < right; }
-  [[nodiscard]] std::size_t hashValue() const noexcept { return 0; }
-  bool operator==(const AscendingRunComparator&) const = default;
-};
-
 template <class Comparator>
 void expectSame(const RunArray<int, Comparator>& array,
                 const RunArrayModel<int, Comparator>& model) {

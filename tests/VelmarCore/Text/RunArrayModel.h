@@ -203,4 +203,21 @@ private:
   std::int64_t count_ = 0;
 };
 
+// ---- Values and comparators for it -----------------------------------------------------------
+
+/// A value whose kind alone decides whether it merges.
+struct Token {
+  int kind = 0;
+  int serial = 0;
+  bool operator==(const Token&) const = default;
+};
+
+/// Merges neighbours in ascending order only, to see which way round the comparator is asked.
+struct AscendingRunComparator {
+  using Compared = int;
+  [[nodiscard]] bool canMerge(int left, int right) const { return left < right; }
+  [[nodiscard]] std::size_t hashValue() const noexcept { return 0; }
+  bool operator==(const AscendingRunComparator&) const = default;
+};
+
 } // namespace velmar
