@@ -157,6 +157,11 @@ template <class Pattern>
       std::move(pattern), std::numeric_limits<std::int64_t>::max(), priority);
 }
 
+[[nodiscard]] inline LanguageDetectionRulePointer content(const char* text,
+                                                          LanguageDetectionPriority priority) {
+  return content(std::string(text), priority);
+}
+
 } // namespace LanguageDetection
 
 } // namespace velmar

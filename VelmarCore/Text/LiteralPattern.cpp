@@ -42,7 +42,8 @@ bool takeGroupOpening(std::u16string_view& rest) {
   return !rest.starts_with(u"(?") && take(rest, u"(");
 }
 
-/// A literal that isn't empty; stops in front of the first metacharacter.
+/// A literal that isn't empty; stops in front of the first metacharacter, which the caller must
+/// understand: a quantifier, say, would bind to the last character alone.
 std::optional<std::u16string> takeLiteral(std::u16string_view& rest) {
   std::u16string literal;
   while (!rest.empty()) {
@@ -56,9 +57,7 @@ std::optional<std::u16string> takeLiteral(std::u16string_view& rest) {
       break;
     }
   }
-  // A quantifier would bind to the last character alone.
-  if (literal.empty() ||
-      (!rest.empty() && std::u16string_view(u"*?+{").find(rest[0]) != std::u16string_view::npos))
+  if (literal.empty())
     return std::nullopt;
   return literal;
 }

@@ -109,10 +109,8 @@ TEST(LanguageDetection, ContentTakesEveryKindOfPattern) {
   const std::string_view text = "é\n<?php\n";
   EXPECT_EQ(content(RegularExpression("^<\\?"), Priority::low)->confidenceFor(text, {}),
             Confidence::required);
-  EXPECT_EQ(content(std::string("<?php"), Priority::low)->confidenceFor(text, {}),
-            Confidence::required);
-  EXPECT_EQ(content(std::string("<?="), Priority::low)->confidenceFor(text, {}),
-            Confidence::failed);
+  EXPECT_EQ(content("<?php", Priority::low)->confidenceFor(text, {}), Confidence::required);
+  EXPECT_EQ(content("<?=", Priority::low)->confidenceFor(text, {}), Confidence::failed);
   EXPECT_EQ(content(CharacterClass::anyOf("?"), Priority::low)->confidenceFor(text, {}),
             Confidence::required);
   EXPECT_EQ(content(CharacterClasses::digit, Priority::low)->confidenceFor(text, {}),
