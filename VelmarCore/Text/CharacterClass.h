@@ -34,8 +34,9 @@ public:
   /// From `first` to `last`, both included and ASCII.
   [[nodiscard]] static constexpr CharacterClass range(char first, char last) {
     CharacterClass result;
-    for (int character = first; character <= last; ++character)
-      result.insert(static_cast<char>(character));
+    for (char character = first; character < last; ++character)
+      result.insert(character);
+    result.insert(last);
     return result;
   }
   /// All white space in Unicode's sense, line breaks included.
@@ -53,7 +54,7 @@ public:
   }
   /// Whether an ASCII character is in the class.
   [[nodiscard]] constexpr bool containsASCII(char character) const noexcept {
-    const auto value = static_cast<unsigned>(character);
+    const auto value = static_cast<unsigned char>(character);
     return (ascii_[value >> 6 & 1] >> (value & 63) & 1) != 0;
   }
 

@@ -66,14 +66,14 @@ extern "C" {
 UBool velmarRegexSteps(const void* context, std::int32_t) {
   Watch& watch = *static_cast<Watch*>(const_cast<void*>(context));
   watch.isDeep = true;
-  return watch.look();
+  return watch.look() ? 1 : 0;
 }
 UBool velmarRegexAttempt(const void* context, std::int64_t) {
   Watch& watch = *static_cast<Watch*>(const_cast<void*>(context));
   if (++watch.attempts < watch.attemptsPerLook)
-    return true;
+    return 1;
   watch.attempts = 0;
-  return watch.look();
+  return watch.look() ? 1 : 0;
 }
 }
 
@@ -170,14 +170,15 @@ RegularExpressionError errorFor(std::string_view pattern, UErrorCode code,
 void readGroups(URegularExpression* regex, std::int64_t groupCount,
                 CompiledPattern::Groups& groups) {
   UErrorCode status = U_ZERO_ERROR;
-  groups.clear();
-  for (std::int32_t group = 0; group <= groupCount; ++group) {
+  groups.whole = {uregex_start(regex, 0, &status), uregex_end(regex, 0, &status)};
+  groups.captures.clear();
+  for (std::int32_t group = 1; group <= groupCount; ++group) {
     const std::int32_t lower = uregex_start(regex, group, &status);
     const std::int32_t upper = uregex_end(regex, group, &status);
     if (lower < 0 || upper < lower)
-      groups.emplace_back();
+      groups.captures.emplace_back();
     else
-      groups.emplace_back(TextRange(lower, upper));
+      groups.captures.emplace_back(TextRange(lower, upper));
   }
 }
 
@@ -311,10 +312,10 @@ CompiledPattern::Search CompiledPattern::search(std::u16string_view text, std::s
   precondition(from <= text.size(), "A search can't begin behind the end of the text.");
   if (literal_ != nullptr) {
     const auto hit = literal_->find(text, from, start == Start::anchored);
-    if (hit && groups != nullptr)
-      groups->assign(
-          static_cast<std::size_t>(groupCount_) + 1,
-          TextRange(static_cast<std::int64_t>(hit->start), static_cast<std::int64_t>(hit->end)));
+    if (hit && groups != nullptr) {
+      groups->whole = {static_cast<std::int64_t>(hit->start), static_cast<std::int64_t>(hit->end)};
+      groups->captures.assign(static_cast<std::size_t>(groupCount_), groups->whole);
+    }
     return {hit ? Outcome::found : Outcome::notFound};
   }
   std::unique_ptr<Matcher> matcher = engine_->takeMatcherFor(text);

@@ -38,9 +38,13 @@ public:
     Outcome outcome = Outcome::notFound;
     std::chrono::nanoseconds time{0};
   };
-  /// The ranges of a match in the units searched: the whole match first, then each group, absent if
-  /// it took no part.
-  using Groups = std::vector<std::optional<TextRange>>;
+  /// The ranges of a match in the units searched.
+  struct Groups {
+    TextRange whole;
+    /// Those of each capture group, absent if it took no part.
+    std::vector<std::optional<TextRange>> captures;
+    bool operator==(const Groups&) const = default;
+  };
 
   [[nodiscard]] static Result<std::shared_ptr<const CompiledPattern>, RegularExpressionError>
   compile(std::string pattern, RegularExpressionOptions options);

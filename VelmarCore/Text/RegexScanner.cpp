@@ -125,7 +125,7 @@ std::optional<TextRange> RegexScanner::scanUpTo(const RegularExpression& express
   CompiledPattern::Groups groups;
   if (isAtEnd() || !search(expression, CompiledPattern::Start::anywhere, pass, groups))
     return moveTo(bounds_.upperBound);
-  return moveTo(transcoded_->byteOffset(groups.front()->lowerBound).value_or(bounds_.upperBound));
+  return moveTo(transcoded_->byteOffset(groups.whole.lowerBound).value_or(bounds_.upperBound));
 }
 
 std::int64_t RegexScanner::endOfRun(const CharacterClass& characters) const {
@@ -157,9 +157,13 @@ bool RegexScanner::search(const RegularExpression& expression, CompiledPattern::
   if (!expression.search(transcoded_->units().substr(static_cast<std::size_t>(unitsBefore)), start,
                          pass, &groups))
     return false;
-  for (std::optional<TextRange>& group : groups)
-    if (group)
-      group = TextRange(group->lowerBound + unitsBefore, group->upperBound + unitsBefore);
+  const auto shift = [&](TextRange& range) {
+    range = {range.lowerBound + unitsBefore, range.upperBound + unitsBefore};
+  };
+  shift(groups.whole);
+  for (std::optional<TextRange>& capture : groups.captures)
+    if (capture)
+      shift(*capture);
   return true;
 }
 

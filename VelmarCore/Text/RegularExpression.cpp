@@ -114,8 +114,8 @@ std::set<std::string> RegularExpression::captureNames() const {
       continue;
     }
     ++index;
-    if (const auto name = opening.prefixMatchIn(text.substr(index)))
-      names.emplace(*(*name)[1].substring);
+    if (const auto group = opening.prefixMatchIn(text.substr(index)))
+      names.emplace((*group)[1].substring.value_or(std::string_view()));
   }
   return names;
 }

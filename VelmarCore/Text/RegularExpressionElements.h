@@ -26,11 +26,24 @@ elementOf(std::basic_string_view<Unit> text, TextRange range) {
 matchOf(const std::shared_ptr<const CompiledPattern>& pattern, std::u16string_view text,
         const CompiledPattern::Groups& groups,
         std::vector<RegularExpressionMatch<char16_t>::Element> storage = {}) {
-  storage.assign(groups.size(), {});
-  for (std::size_t i = 0; i < groups.size(); ++i)
-    if (groups[i])
-      storage[i] = elementOf(text, *groups[i]);
-  return RegularExpressionMatch<char16_t>(pattern, std::move(storage));
+  storage.clear();
+  storage.push_back(elementOf(text, groups.whole));
+  for (const std::optional<TextRange>& capture : groups.captures) {
+    storage.emplace_back();
+    if (capture)
+      storage.back() = elementOf(text, *capture);
+  }
+  return RegularExpressionMatch<char16_t>(pattern, text, groups.whole, std::move(storage));
+}
+
+/// The range in the bytes of `text`; absent if it doesn't begin and end between characters.
+[[nodiscard]] inline std::optional<TextRange> rangeInBytes(const TranscodedText& text,
+                                                           TextRange range) {
+  const std::optional<std::int64_t> lower = text.byteOffset(range.lowerBound);
+  const std::optional<std::int64_t> upper = text.byteOffset(range.upperBound);
+  if (!lower || !upper)
+    return std::nullopt;
+  return TextRange(*lower, *upper);
 }
 
 /// The match for a search in a string. A group that doesn't begin and end between characters
@@ -40,18 +53,17 @@ matchOf(const std::shared_ptr<const CompiledPattern>& pattern, std::u16string_vi
 matchOf(const std::shared_ptr<const CompiledPattern>& pattern, const TranscodedText& text,
         const CompiledPattern::Groups& groups,
         std::vector<RegularExpressionMatch<char>::Element> storage = {}) {
-  storage.assign(groups.size(), {});
-  for (std::size_t i = 0; i < groups.size(); ++i) {
-    if (!groups[i])
-      continue;
-    const auto lower = text.byteOffset(groups[i]->lowerBound);
-    const auto upper = text.byteOffset(groups[i]->upperBound);
-    if (lower && upper)
-      storage[i] = elementOf(text.bytes(), TextRange(*lower, *upper));
-  }
-  if (!storage.front().range)
+  const std::optional<TextRange> whole = rangeInBytes(text, groups.whole);
+  if (!whole)
     return std::nullopt;
-  return RegularExpressionMatch<char>(pattern, std::move(storage));
+  storage.clear();
+  storage.push_back(elementOf(text.bytes(), *whole));
+  for (const std::optional<TextRange>& capture : groups.captures) {
+    storage.emplace_back();
+    if (const auto range = capture ? rangeInBytes(text, *capture) : std::nullopt)
+      storage.back() = elementOf(text.bytes(), *range);
+  }
+  return RegularExpressionMatch<char>(pattern, text.bytes(), *whole, std::move(storage));
 }
 
 } // namespace velmar

@@ -31,13 +31,16 @@ public:
     bool operator==(const Element&) const = default;
   };
 
-  /// `elements` must begin with the whole match, which is never absent.
-  RegularExpressionMatch(std::shared_ptr<const CompiledPattern> pattern,
+  /// The match at `range` of `text`; `elements` are its groups and, first, the whole.
+  RegularExpressionMatch(std::shared_ptr<const CompiledPattern> pattern, View text, TextRange range,
                          std::vector<Element> elements)
-      : pattern_(std::move(pattern)), elements_(std::move(elements)) {}
+      : pattern_(std::move(pattern)), range_(range),
+        substring_(text.substr(static_cast<std::size_t>(range.lowerBound),
+                               static_cast<std::size_t>(range.length()))),
+        elements_(std::move(elements)) {}
 
-  [[nodiscard]] View substring() const { return *elements_.front().substring; }
-  [[nodiscard]] TextRange range() const { return *elements_.front().range; }
+  [[nodiscard]] View substring() const noexcept { return substring_; }
+  [[nodiscard]] TextRange range() const noexcept { return range_; }
 
   /// The groups of the pattern plus one.
   [[nodiscard]] std::int64_t count() const noexcept {
@@ -61,8 +64,8 @@ public:
   }
   /// The text of that group, empty if it took no part.
   [[nodiscard]] View textOf(std::string_view name) const {
-    const std::optional<Element> element = groupNamed(name);
-    return element ? *element->substring : View();
+    const std::optional<std::int64_t> number = pattern_->groupNamed(name);
+    return number ? (*this)[*number].substring.value_or(View()) : View();
   }
 
   /// The elements, for their memory to be used for another match; this one is of no use afterwards.
@@ -70,6 +73,8 @@ public:
 
 private:
   std::shared_ptr<const CompiledPattern> pattern_;
+  TextRange range_;
+  View substring_;
   std::vector<Element> elements_;
 };
 

@@ -79,7 +79,7 @@ void RegularExpressionMatches<Unit>::Iterator::advance() {
     index = units.size();
     return;
   }
-  const TextRange whole = *groups.front();
+  const TextRange whole = groups.whole;
   index = static_cast<std::size_t>(whole.upperBound);
   if (whole.isEmpty() && index < units.size())
     index += decodeUTF16(units, index).length;

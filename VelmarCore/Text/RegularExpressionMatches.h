@@ -44,12 +44,14 @@ public:
     using difference_type = std::ptrdiff_t;
 
     explicit Iterator(const RegularExpressionMatches& matches);
+    Iterator(const Iterator&) = delete;
+    Iterator& operator=(const Iterator&) = delete;
     Iterator(Iterator&&) noexcept;
     Iterator& operator=(Iterator&&) noexcept;
     ~Iterator();
 
-    const Match& operator*() const { return *match_; }
-    const Match* operator->() const { return &*match_; }
+    const Match& operator*() const { return match_.value(); }
+    const Match* operator->() const { return &match_.value(); }
     Iterator& operator++() {
       advance();
       return *this;

@@ -18,6 +18,7 @@ class TranscodedText {
 public:
   /// `text` must outlive this. O(n).
   explicit TranscodedText(std::string_view text);
+  ~TranscodedText() = default;
   TranscodedText(const TranscodedText&) = delete;
   TranscodedText& operator=(const TranscodedText&) = delete;
 

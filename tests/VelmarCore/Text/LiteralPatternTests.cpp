@@ -16,8 +16,8 @@
 
 namespace velmar {
 
-void PrintTo(const LiteralPattern::Hit& hit, std::ostream* stream) {
-  *stream << hit.start << "..<" << hit.end;
+std::ostream& operator<<(std::ostream& stream, const LiteralPattern::Hit& hit) {
+  return stream << hit.start << "..<" << hit.end;
 }
 
 namespace {

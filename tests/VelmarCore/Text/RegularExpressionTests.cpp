@@ -388,7 +388,8 @@ TEST(RegularExpression, MoreToRememberThanAllowedIsNoMatch) {
 TEST(RegularExpressionPass, AnOffPatternMatchesNothingUntilThePassIsOver) {
   const RegularExpression runaway("(a+)+$");
   const RegularExpression other("a");
-  const RegularExpression copy = runaway;
+  RegularExpression copy = other;
+  copy = runaway;
   RegularExpressionPass pass = hurriedPass();
   EXPECT_TRUE(runaway.hasMatchIn(u"aaa", &pass));
   EXPECT_FALSE(pass.isOff(runaway));
@@ -422,6 +423,7 @@ TEST(RegularExpression, ThreadsShareOneValue) {
   std::vector<int> failures(threadCount, 0);
   {
     std::vector<std::jthread> threads;
+    threads.reserve(threadCount);
     for (int thread = 0; thread < threadCount; ++thread)
       threads.emplace_back([&, thread] {
         const std::u16string digits(static_cast<std::size_t>(thread + 1), u'7');
