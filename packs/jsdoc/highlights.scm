@@ -1,7 +1,8 @@
 ; Doc comments of JavaScript and TypeScript. The whole is a comment; types and names inside it look like their
 ; likes in code and carry "doc", so that a theme can dim them.
 
-(document) @comment.doc
+; The grammar gives up on many comments of one line and calls them an error as a whole.
+[(document) (ERROR)] @comment.doc
 
 (tag_name) @comment.doc.annotation
 
@@ -10,6 +11,7 @@
 
 ; What follows a tag is either the name of what it documents or a path to something elsewhere.
 (tag (identifier) @variable.doc)
+(ERROR (identifier) @variable.doc)
 (tag (member_expression) @variable.doc)
 (tag (path_expression) @variable.doc)
 (tag (qualified_expression) @variable.doc)
@@ -22,5 +24,6 @@
 (code_block_language) @label.doc
 
 (tag ["{" "}"] @punctuation.bracket.doc)
+(ERROR ["{" "}"] @punctuation.bracket.doc)
 (inline_tag ["{" "}"] @punctuation.bracket.doc)
 (optional_identifier ["[" "]"] @punctuation.bracket.doc)

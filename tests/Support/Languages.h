@@ -8,11 +8,13 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace velmar::testing {
 
 /// A resolver over a map from language to query texts. An injection names a language by its raw
-/// value; a name or query text that is "!" makes the resolver throw.
+/// value; a name or query text that is "!" makes the resolver throw. Lives
+/// as long as the process, for it and its configurations refer to each other.
 class TestLanguages : public ParseConfigurationResolving,
                       public std::enable_shared_from_this<TestLanguages> {
 public:
@@ -23,9 +25,10 @@ public:
   };
 
   static std::shared_ptr<TestLanguages> of(std::map<std::string, Language, std::less<>> languages) {
-    auto resolver = std::make_shared<TestLanguages>();
-    resolver->languages_ = std::move(languages);
-    return resolver;
+    static auto* const all = new std::vector<std::shared_ptr<TestLanguages>>;
+    all->push_back(std::make_shared<TestLanguages>());
+    all->back()->languages_ = std::move(languages);
+    return all->back();
   }
 
   /// Always the same configuration for the same language.

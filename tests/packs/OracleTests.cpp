@@ -63,14 +63,14 @@ TEST_P(Oracle, EveryStateEqualsTheReference) {
   const Sample& sample = GetParam();
   const auto edits = numberFromEnvironment("VELMAR_ORACLE_EDITS", 20'000) / 7;
   const auto seed = static_cast<std::uint32_t>(numberFromEnvironment("VELMAR_ORACLE_SEED", 1));
-  const auto languages = std::make_shared<PackLanguages>();
+  const auto languages = PackLanguages::make();
   const FilePath path(std::string(VELMAR_SOURCE_DIR) + "/" + sample.path);
   const std::u16string source = utf16RepairingUTF8(charactersOf(readFile(path))).substr(0, 6000);
 
   OracleCounts total;
   constexpr std::int64_t editsToASession = 400;
   for (std::int64_t done = 0; done < edits; done += editsToASession) {
-    CheckedParse document(languages->configuration(sample.language).value(), 40);
+    CheckedParse document(languages->configuration(sample.language), 40);
     document.edit({0, 0}, source);
     RandomTyping typing(seed + static_cast<std::uint32_t>(done), sample.inserts);
     for (std::int64_t step = 0; step < std::min(editsToASession, edits - done); ++step) {

@@ -1,30 +1,39 @@
 #include "tests/packs/PackLanguages.h"
 
+#include "VelmarParser/Query/TextEnumeration.h"
 #include "tests/packs/PackFiles.h"
 
-#include <algorithm>
+#include <vector>
 
 namespace velmar::testing {
 
+std::shared_ptr<PackLanguages> PackLanguages::make() {
+  static auto* const all = new std::vector<std::shared_ptr<PackLanguages>>;
+  return all->emplace_back(std::make_shared<PackLanguages>());
+}
+
 PackLanguages::PackLanguages() : reader_(packFolder()) {}
 
-std::optional<ParseConfiguration> PackLanguages::configuration(const std::string& language) {
+ParseConfiguration PackLanguages::configuration(std::string_view language) {
   if (const auto made = made_.find(language); made != made_.end())
     return made->second;
-  static const auto files = languagePackFiles();
-  if (std::ranges::find(files, language, &PackFile::language) == files.end())
-    return std::nullopt;
-  ParseConfiguration made(LanguageID{language}, grammarOf(language), LanguageSyntax{},
+  ParseConfiguration made(LanguageID{std::string(language)}, grammarOf(language), LanguageSyntax{},
                           shared_from_this());
   return made_.emplace(language, std::move(made)).first->second;
 }
 
 std::optional<ParseConfiguration> PackLanguages::configurationMatching(std::string_view name,
                                                                        const ParseConfiguration&) {
-  static const std::map<std::string_view, std::string> aliases{
-      {"js", "javascript"}, {"ts", "typescript"}, {"c++", "cpp"}, {"md", "markdown"}};
-  const auto alias = aliases.find(name);
-  return configuration(alias == aliases.end() ? std::string(name) : alias->second);
+  if (name == "js")
+    name = "javascript";
+  if (name == "ts")
+    name = "typescript";
+  if (name == "md")
+    name = "markdown";
+  const auto builtIn = Grammar::builtInFromRawValue(name);
+  if (!builtIn || !Grammar::isAvailable(*builtIn))
+    return std::nullopt;
+  return configuration(name);
 }
 
 std::optional<std::string> PackLanguages::queryTextFor(ParseQueryCategory category,

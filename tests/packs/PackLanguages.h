@@ -1,4 +1,5 @@
-// The packs of the source tree as languages of documents.
+// The languages that a test of packs needs: every built-in grammar under its own name, with the
+// queries of its pack if there is one.
 #pragma once
 
 #include "VelmarParser/Document/ParseConfiguration.h"
@@ -10,18 +11,19 @@
 
 namespace velmar::testing {
 
-/// Resolves a language by its ID, and a few names that injections use; knows the languages that
-/// have a pack.
+/// One thread's. Lives as long as the process, for it and its configurations refer to each other.
 class PackLanguages : public ParseConfigurationResolving,
                       public std::enable_shared_from_this<PackLanguages> {
 public:
+  static std::shared_ptr<PackLanguages> make();
+
   PackLanguages();
 
-  /// Always the same configuration for the same language; absent without a pack.
-  [[nodiscard]] std::optional<ParseConfiguration> configuration(const std::string& language);
+  /// Always the same configuration for the same language. Throws where no grammar is known.
+  ParseConfiguration configuration(std::string_view language);
 
-  std::optional<ParseConfiguration> configurationMatching(std::string_view name,
-                                                          const ParseConfiguration&) override;
+  std::optional<ParseConfiguration>
+  configurationMatching(std::string_view name, const ParseConfiguration& asking) override;
   std::optional<std::string> queryTextFor(ParseQueryCategory category,
                                           const ParseConfiguration& asking) override;
   std::optional<std::string> queryTextNamed(std::string_view name,
@@ -29,7 +31,7 @@ public:
 
 private:
   host::PackReader reader_;
-  std::map<std::string, ParseConfiguration> made_;
+  std::map<std::string, ParseConfiguration, std::less<>> made_;
 };
 
 } // namespace velmar::testing
