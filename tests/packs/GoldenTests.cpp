@@ -60,6 +60,19 @@ std::string excerptOf(const Parse& document, TextRange range) {
          excerptOf(document, {range.upperBound - longest / 2, range.upperBound});
 }
 
+/// The first lines that differ, expected before actual; empty if none do.
+std::string firstDifference(std::string_view expected, std::string_view actual) {
+  const auto [left, right] = std::ranges::mismatch(expected, actual);
+  if (left == expected.end() && right == actual.end())
+    return {};
+  const auto lineAround = [&](std::string_view text) {
+    const auto offset = static_cast<std::size_t>(left - expected.begin());
+    const std::size_t start = offset == 0 ? 0 : text.rfind('\n', offset - 1) + 1;
+    return text.substr(start, text.find('\n', offset) - start);
+  };
+  return fmt::format("-{}\n+{}\n", lineAround(expected), lineAround(actual));
+}
+
 std::int64_t lineOf(const Parse& document, std::int64_t offset) {
   return document.text().positionOf(offset).line + 1;
 }
@@ -105,7 +118,7 @@ TEST_P(PackGolden, SpansAreTheExpectedOnes) {
   if (std::getenv(
           "VELMAR_REWRITE_GOLDEN")) // NOLINT(concurrency-mt-unsafe): nobody sets it meanwhile
     std::ofstream(GetParam().golden(), std::ios::binary) << actual;
-  EXPECT_EQ(actual, contentsOf(GetParam().golden()));
+  EXPECT_EQ(firstDifference(contentsOf(GetParam().golden()), actual), "");
 }
 
 TEST_P(PackGolden, NoTwoSelectorsClaimOneRangeAlike) {
