@@ -16,7 +16,7 @@ enum class Lane {
   poolOrReactor, ///< Also the thread on which descriptors and timers become ready, so that a
                  ///< message needs one wake and no hop. For objects of the engine whose jobs are
                  ///< short; handlers of users run elsewhere.
-  ownThread, ///< One that it has for itself as long as anything is queued. The jobs may block.
+  ownThread,     ///< One that it has for itself as long as anything is queued. The jobs may block.
 };
 
 /// Runs jobs one after the other, in the order of queueing, each with all that the ones before it

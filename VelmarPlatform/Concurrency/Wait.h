@@ -108,7 +108,7 @@ public:
     afterSuspension([](void* argument) noexcept { return static_cast<Wait*>(argument)->arm(); },
                     this);
   }
-  [[nodiscard]] bool await_resume() noexcept {
+  bool await_resume() noexcept {
     onCancel_.reset(); // waits for a handler that runs right now; it only queues us
     if (wasCancelled_)
       source_.unpark(waiter_);
