@@ -79,7 +79,7 @@ enum class End { answered, cancelled, timedOut };
 
 class Table : public SerialObject {
 public:
-  explicit Table(Clock& clock) : SerialObject("table"), clock_(clock) {}
+  explicit Table(std::shared_ptr<Clock> clock) : SerialObject("table"), clock_(std::move(clock)) {}
 
   Task<int> request(int id, Clock::Duration limit) {
     const std::weak_ptr<Table> weak = shared(*this);
@@ -88,7 +88,7 @@ public:
     co_return co_await withTaskCancellationHandler(
         [&]() -> Task<int> {
           co_return co_await withContinuation<int>([&](Continuation<int> continuation) {
-            auto timeout = spawn([weak, id, limit, clock = &clock_]() -> Task<void> {
+            auto timeout = spawn([weak, id, limit, clock = clock_]() -> Task<void> {
               co_await clock->sleepFor(limit);
               if (const auto table = weak.lock())
                 co_await table->remove(id, End::timedOut);
@@ -137,7 +137,7 @@ private:
     return entry;
   }
 
-  Clock& clock_;
+  std::shared_ptr<Clock> clock_;
   std::map<int, Entry> pending_;
   std::map<End, int> ends_;
 };
@@ -157,14 +157,14 @@ class RequestRaces : public testing::TestWithParam<Race> {};
 TEST_P(RequestRaces, EndEachOfThreeHundredRequestsOnce) {
   const Race race = GetParam();
   run([race]() -> Task<void> {
-    ManualClock clock;
+    const auto clock = std::make_shared<ManualClock>();
     const auto table = std::make_shared<Table>(clock);
     int answered = 0;
     int failed = 0;
     for (int id = 0; id < 300; ++id) {
       const auto request = spawn([=] { return table->request(id, 30s); });
       // All three are let go at once, as soon as the request is in the table and its time runs.
-      while (!co_await table->isPending(id) || clock.sleeperCount() == 0)
+      while (!co_await table->isPending(id) || clock->sleeperCount() == 0)
         co_await spawn([] {}).value();
       co_await withTaskGroup<void>([&](TaskGroup<>& group) -> Task<void> {
         if (race.answer)
@@ -172,7 +172,7 @@ TEST_P(RequestRaces, EndEachOfThreeHundredRequestsOnce) {
         if (race.cancel)
           group.add([=] { request.cancel(); });
         if (race.timeOut)
-          group.add([&] { clock.advance(30s); });
+          group.add([=] { clock->advance(30s); });
         co_await group.waitForAll();
       });
       const Outcome<int> outcome = co_await request.outcome();
@@ -183,7 +183,7 @@ TEST_P(RequestRaces, EndEachOfThreeHundredRequestsOnce) {
         EXPECT_THROW(std::rethrow_exception(outcome.error()), CancellationError);
         ++failed;
       }
-      while (clock.sleeperCount() > 0) // the time limit of an answered request goes by itself
+      while (clock->sleeperCount() > 0) // the time limit of an answered request goes by itself
         co_await spawn([] {}).value();
     }
     std::map<End, int> ends = co_await table->ends();
@@ -220,7 +220,7 @@ void exitInTheMiddle() {
   for (int i = 0; i < 8; ++i) {
     spawn([]() -> Task<void> {
       for (;;)
-        co_await std::make_shared<Table>(monotonicClock())->pendingCount();
+        co_await std::make_shared<Table>(std::make_shared<ManualClock>())->pendingCount();
     });
     spawn([] { return monotonicClock().sleepFor(24h); });
     spawn([]() -> Task<void> {
