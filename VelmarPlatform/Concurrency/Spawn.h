@@ -127,9 +127,9 @@ public:
   [[nodiscard]] Task<T> value() const { return awaitValue(*this); }
   /// Waits for the end and gives it as a value.
   [[nodiscard]] Task<Outcome<T>> outcome() const { return awaitOutcome(*this); }
-  /// Waits for the end, and throws CancellationError as soon as the caller's own task is cancelled.
-  /// The task that is waited for goes on, and how it ended isn't told.
-  [[nodiscard]] Task<void> waitForEnd() const { return awaitEnd(*this); }
+  /// Waits for the end, and gives what the task threw, or null. Throws CancellationError as soon as
+  /// the caller's own task is cancelled; the task that is waited for goes on then.
+  [[nodiscard]] Task<std::exception_ptr> waitForEnd() const { return awaitEnd(*this); }
 
   /// Takes the value out of a task that has ended, or throws what it threw. For the one who is
   /// known to be the last.
@@ -154,9 +154,11 @@ private:
     co_await detail::Wait(detail::TaskEnd{handle.state_.get()}, detail::Cancellable::no);
     co_return handle.state_->outcome();
   }
-  static Task<void> awaitEnd(TaskHandle handle) {
+  static Task<std::exception_ptr> awaitEnd(TaskHandle handle) {
     if (!co_await detail::Wait(detail::TaskEnd{handle.state_.get()}, detail::Cancellable::yes))
       throw CancellationError();
+    const Outcome<T>& outcome = handle.state_->outcome();
+    co_return outcome ? nullptr : outcome.error();
   }
 
   std::shared_ptr<detail::TaskState<T>> state_;
