@@ -97,6 +97,10 @@ struct FunctionJob : Job {
   Function function;
 };
 
+/// Whether jobs wait for a thread of the pool. Only a hint: it may have changed by the time it is
+/// looked at.
+[[nodiscard]] bool poolHasJobsWaiting() noexcept;
+
 /// Threads that come as needed, for serial executors that may block: each is held by one executor
 /// at a time, idles a while, and goes.
 void submitToOwnThread(Job& job) noexcept;

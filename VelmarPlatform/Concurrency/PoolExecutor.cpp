@@ -4,6 +4,7 @@
 #include "VelmarPlatform/Concurrency/Executor.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -48,6 +49,7 @@ public:
     {
       const std::scoped_lock lock(mutex_);
       queue_.append(job);
+      hasJobsWaiting_.store(true, std::memory_order_relaxed);
       someoneSleeps = sleeping_ > 0;
     }
     if (someoneSleeps)
@@ -61,6 +63,10 @@ public:
   void leaveTurn() noexcept override {}
   [[nodiscard]] std::shared_ptr<const Executor> keepAlive() const noexcept override {
     return nullptr;
+  }
+
+  [[nodiscard]] bool hasJobsWaiting() const noexcept {
+    return hasJobsWaiting_.load(std::memory_order_relaxed);
   }
 
 private:
@@ -77,14 +83,22 @@ private:
     ++sleeping_;
     wake_.wait(lock, [this] { return !queue_.isEmpty(); });
     --sleeping_;
-    return queue_.removeFirst();
+    detail::Job& job = queue_.removeFirst();
+    hasJobsWaiting_.store(!queue_.isEmpty(), std::memory_order_relaxed);
+    return job;
   }
 
   std::mutex mutex_;
   std::condition_variable wake_;
   JobQueue queue_;
+  std::atomic<bool> hasJobsWaiting_{false};
   std::size_t sleeping_ = 0;
 };
+
+PoolExecutor& sharedPool() noexcept {
+  static auto& pool = *new PoolExecutor;
+  return pool;
+}
 
 class OwnThreads {
 public:
@@ -148,8 +162,11 @@ private:
 } // namespace
 
 Executor& poolExecutor() noexcept {
-  static auto& pool = *new PoolExecutor;
-  return pool;
+  return sharedPool();
+}
+
+bool detail::poolHasJobsWaiting() noexcept {
+  return sharedPool().hasJobsWaiting();
 }
 
 void detail::submitToOwnThread(Job& job) noexcept {

@@ -13,17 +13,27 @@ namespace {
 /// other all day doesn't keep a thread from everybody else.
 constexpr int turnBudget = 256;
 
+/// Whether this thread should let others have it. A thread of the pool goes on as long as nobody
+/// waits for one.
+bool isOutOfBudget(ThreadState& thread) noexcept {
+  if (--thread.budget > 0)
+    return false;
+  if (thread.kind != ThreadKind::pool || poolHasJobsWaiting())
+    return true;
+  thread.budget = turnBudget;
+  return false;
+}
+
 /// Moves this thread's turn to the executor of `coroutine`, or queues the coroutine there. Returns
 /// what to resume here.
 Coroutine* hop(ThreadState& thread, Coroutine& coroutine) noexcept {
   Executor& to = *coroutine.executor;
-  if (thread.budget <= 0 || !to.mayRunOn(thread.kind)) {
+  if (!to.mayRunOn(thread.kind) || isOutOfBudget(thread)) {
     to.enqueue(coroutine);
     return nullptr;
   }
   if (!to.takeTurnOrEnqueue(coroutine))
     return nullptr;
-  --thread.budget;
   // For a moment this thread has both turns. The old one is given back, or offered to another
   // thread if more is queued.
   if (thread.executor != nullptr)
@@ -61,7 +71,7 @@ void runTurn(ThreadState& thread, Executor* executor, Job* job) noexcept {
   while (job != nullptr) {
     job->run(*job);
     // The job may have moved this thread to another executor.
-    job = thread.executor->nextInTurn(--thread.budget > 0);
+    job = thread.executor->nextInTurn(!isOutOfBudget(thread));
   }
   thread.executor = nullptr;
 }
