@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -330,27 +331,53 @@ private:
   DescriptorPtr stream_;
 };
 
-TEST(Reactor, RunsAnObjectsTurnWhereItsMessageArrived) {
+/// How often the process's threads, but for the two given, went to sleep so far.
+std::int64_t sleepsOfOthers(const std::array<pid_t, 2>& excluded) {
+  std::int64_t sleeps = 0;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    if (std::ranges::count(excluded, std::stoi(task.path().filename().string())) > 0)
+      continue;
+    std::ifstream status(task.path() / "status");
+    constexpr std::string_view label = "voluntary_ctxt_switches:";
+    for (std::string line; std::getline(status, line);)
+      if (line.starts_with(label))
+        sleeps += std::stoll(line.substr(label.size()));
+  }
+  return sleeps;
+}
+
+TEST(Reactor, WakesOneThreadForAMessage) {
   constexpr int count = 1'000;
   auto ends = makeSocketPair();
   const int peer = ::dup(ends.first->descriptor());
   ::fcntl(peer, F_SETFL, ::fcntl(peer, F_GETFL) & ~O_NONBLOCK);
-  std::thread sender([=] {
+  std::int64_t sleeps = 0;
+  const pid_t mainThread = ::gettid();
+  std::thread sender([=, &sleeps] {
     std::array<char, 100> buffer{};
-    for (int i = 0; i < count; ++i)
+    const auto exchange = [&] {
       if (::write(peer, "x", 1) != 1 || ::read(peer, buffer.data(), buffer.size()) != 1)
         std::abort();
+    };
+    exchange(); // after the first one, the object waits
+    sleeps = -sleepsOfOthers({mainThread, ::gettid()});
+    for (int i = 0; i < count; ++i)
+      exchange();
+    sleeps += sleepsOfOthers({mainThread, ::gettid()});
   });
   const std::size_t threads = run([&] {
     return spawn([reader = std::make_shared<Reader>(ends.second)] {
-             return reader->threadsOf(count);
+             return reader->threadsOf(count + 1);
            })
         .value();
   });
   sender.join();
   ::close(peer);
-  // All messages but those that were there before the object looked.
-  EXPECT_LE(threads, 2U);
+  EXPECT_LE(threads, 2U) << "Messages that were there before the object looked arrive in the pool.";
+  // Once for each message, less when the thread hadn't gone to sleep yet, and now and then over a
+  // lock of the system's.
+  EXPECT_LE(sleeps, count + count / 10);
+  EXPECT_GT(sleeps, 0);
 }
 
 } // namespace
