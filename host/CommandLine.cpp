@@ -1,1 +1,156 @@
+#include "host/CommandLine.h"
 
+#include "VelmarParser/Grammar/Grammar.h"
+#include "VelmarPlatform/Unicode/UTF.h"
+#include "host/LanguagesCommand.h"
+#include "host/TreeCommand.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <new>
+
+namespace velmar::host {
+
+namespace {
+
+constexpr std::string_view exitCodes =
+    "Exit codes: 0 done, 1 the input couldn’t be used, 2 the command line makes no sense.\n";
+
+std::string version() {
+  return fmt::format("velmar {} (grammars of ABI {} to {})\n", VELMAR_VERSION,
+                     Grammar::oldestSupportedABIVersion.rawValue,
+                     Grammar::newestSupportedABIVersion.rawValue);
+}
+
+void writeOverview(Output& output) {
+  output.write("velmar", Style::heading);
+  output.write(" shows what the engine of a programmer’s editor makes of a text.\n\n");
+  for (const Command& command : commands()) {
+    output.write(fmt::format("  velmar {:<38}", command.usage), Style::field);
+    output.write(fmt::format(" {}\n", command.summary));
+  }
+  output.write(fmt::format("  velmar {:<38}", "help COMMAND"), Style::field);
+  output.write(" All about one command, with examples.\n");
+}
+
+void writeHelp(const Command& command, Output& output) {
+  output.write(fmt::format("{}\n\n", command.summary));
+  output.write("Usage: ", Style::heading);
+  output.write(fmt::format("velmar {}\n", command.usage));
+  if (!command.details.empty())
+    output.write(fmt::format("\n{}", command.details));
+  if (!command.options.empty()) {
+    output.write("\nOptions:\n", Style::heading);
+    for (const Option& option : command.options)
+      output.write(fmt::format("  {:<16} {}\n", fmt::format("{} {}", option.name, option.value),
+                               option.summary));
+  }
+  output.write("\nExamples:\n", Style::heading);
+  for (const Example& example : command.examples)
+    output.write(fmt::format("  {:<44} {}\n", example.command, example.shows));
+  output.write("\n");
+  output.write(exitCodes);
+}
+
+const Command& commandNamed(std::string_view name) {
+  const auto found = std::ranges::find(commands(), name, &Command::name);
+  if (found != commands().end())
+    return *found;
+  std::vector<std::string_view> names = {"help"};
+  for (const Command& command : commands())
+    names.push_back(command.name);
+  throw UsageError(fmt::format("There is no command “{}”{}", name, endWithSuggestion(name, names)));
+}
+
+void help(std::span<const std::string> words, Streams& streams) {
+  if (words.size() > 1)
+    throw UsageError("Help is given on one command at a time.");
+  if (!words.empty()) {
+    writeHelp(commandNamed(words.front()), streams.output);
+    return;
+  }
+  writeOverview(streams.output);
+  streams.output.write("\n--version prints the version. ");
+  streams.output.write("NO_COLOR in the environment keeps colours off.\n");
+  streams.output.write(exitCodes);
+}
+
+/// What somebody sees who runs the program to find out what it is.
+void showWhatItCanDo(Streams& streams) {
+  writeOverview(streams.output);
+  streams.output.write("\nHere is the tree of a small sample:\n\n");
+  showSampleTree(streams);
+}
+
+/// Options may stand anywhere, so help can be asked for behind a half-typed command; but not behind
+/// "--".
+bool asksForHelp(std::span<const std::string> words) {
+  const auto end = std::ranges::find(words, "--");
+  return std::any_of(words.begin(), end,
+                     [](const std::string& word) { return word == "--help" || word == "-h"; });
+}
+
+void dispatch(std::span<const std::string> words, Streams& streams) {
+  if (words.empty())
+    return showWhatItCanDo(streams);
+  const std::string& name = words.front();
+  const auto rest = words.subspan(1);
+  if (name == "--version")
+    return streams.output.write(version());
+  if (name == "help" || name == "--help" || name == "-h")
+    return help(rest, streams);
+  if (name.starts_with('-')) {
+    constexpr std::string_view names[] = {"--help", "--version"};
+    throw UsageError(fmt::format("Unknown option “{}”{}", name, endWithSuggestion(name, names)));
+  }
+  const Command& command = commandNamed(name);
+  if (asksForHelp(rest))
+    return writeHelp(command, streams.output);
+  command.run(parseArguments(command, rest), streams);
+}
+
+/// Runs `body` and turns what it throws into lines on standard error.
+template <class Body>
+ExitCode reportingFailures(Streams& streams, Body&& body) {
+  const auto complain = [&](std::string_view sentence, std::string_view hint = "") {
+    streams.output.flush(); // What has been found out so far comes first, on a terminal.
+    streams.errors.write("velmar: ", Style::error);
+    streams.errors.write(fmt::format("{}\n{}", repairedUTF8(sentence), hint));
+    streams.errors.flush();
+  };
+  try {
+    body();
+    return ExitCode::done;
+  } catch (const UsageError& error) {
+    complain(error.message(), "See “velmar help”.\n");
+    return ExitCode::usage;
+  } catch (const Error& error) {
+    complain(error.message());
+  } catch (const std::bad_alloc&) {
+    complain("There isn’t enough memory.");
+  }
+  return ExitCode::unusableInput;
+}
+
+} // namespace
+
+std::span<const Command> commands() {
+  static const Command all[] = {treeCommand(), languagesCommand()};
+  return all;
+}
+
+ExitCode runCommandLine(std::span<const std::string> words, Streams& streams) {
+  try {
+    return reportingFailures(streams, [&] {
+      dispatch(words, streams);
+      streams.output.flush();
+      streams.errors.flush();
+    });
+  } catch (const BrokenPipe&) {
+    return ExitCode::done;
+  } catch (const Error&) {
+    return ExitCode::unusableInput; // Standard error itself can't be written: nobody to tell.
+  }
+}
+
+} // namespace velmar::host

@@ -1,0 +1,152 @@
+#include "host/TreeCommand.h"
+
+#include "VelmarParser/Grammar/ParseInput.h"
+#include "VelmarParser/Grammar/Parser.h"
+#include "VelmarPlatform/Unicode/UTF.h"
+#include "host/LanguageTable.h"
+#include "host/SourceText.h"
+#include "host/TreePrinter.h"
+
+#include <fmt/format.h>
+
+namespace velmar::host {
+
+namespace {
+
+constexpr std::string_view sample = "const answer = 6 * 7;\n";
+
+/// The units of a first line that an interpreter could be named in.
+constexpr std::int64_t longestInterpreterLine = 256;
+
+/// The language that the user names, or that the file's name or first line speaks for.
+const Language& languageFor(const SourceText& source, std::optional<std::string_view> wanted) {
+  if (wanted) {
+    if (const Language* named = languageNamed(*wanted))
+      return *named;
+    std::vector<std::string_view> names;
+    for (const Language& language : languages())
+      names.push_back(language.id);
+    throw UsageError(
+        fmt::format("There is no language “{}”{}", *wanted, endWithSuggestion(*wanted, names)));
+  }
+  const std::int64_t length =
+      std::min(source.text->rangeOfLine(0).length(), longestInterpreterLine);
+  const std::string firstLine = utf8RepairingUTF16(source.text->substringFor({0, length}));
+  if (const Language* detected = languageOfFile(source.filename, firstLine))
+    return *detected;
+  throw Error(
+      fmt::format("Could not tell the language of {}; name it with --language.", source.name));
+}
+
+std::shared_ptr<const Grammar> grammarOf(const Language& language) {
+  if (!language.grammar)
+    throw Error(fmt::format("There is no grammar for the language “{}”.", language.id));
+  return Grammar::fromBuiltIn(*language.grammar);
+}
+
+struct Parsed {
+  ParseTree tree;
+  std::chrono::nanoseconds time;
+};
+
+Parsed parse(const DocumentText& text, std::string_view languageID,
+             std::shared_ptr<const Grammar> grammar, const Streams& streams) {
+  Parser parser(languageID, std::move(grammar), std::make_shared<const AtomicFlag>());
+  ParseInput input(text);
+  const auto start = streams.now();
+  auto tree = parser.parse(nullptr, input.input());
+  const auto time = streams.now() - start;
+  precondition(tree.has_value(), "A parse that nobody cancels gave no tree.");
+  return {std::move(*tree), time};
+}
+
+double milliseconds(std::chrono::nanoseconds time) {
+  return std::chrono::duration<double, std::milli>(time).count();
+}
+
+std::string counted(std::int64_t count, std::string_view one, std::string_view many) {
+  return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+void printText(const Parsed& parsed, const DocumentText& text, std::string_view language,
+               Output& output) {
+  const TreeCounts counts = printTree(parsed.tree, text, output);
+  output.write(fmt::format("{}: {}, {}, {}, ", language, counted(text.count(), "unit", "units"),
+                           counted(text.lineCount(), "line", "lines"),
+                           counted(counts.nodes, "node", "nodes")));
+  if (counts.errors != 0)
+    output.write(fmt::format("{}, ", counted(counts.errors, "error", "errors")), Style::error);
+  if (counts.missing != 0)
+    output.write(fmt::format("{} missing, ", counts.missing), Style::error);
+  output.write(fmt::format("{:.2f} ms\n", milliseconds(parsed.time)));
+}
+
+void printJSON(const Parsed& parsed, const DocumentText& text, std::string_view language,
+               Output& output) {
+  JSONWriter writer(output);
+  writer.beginObject();
+  writer.member("language", language);
+  writer.member("units", text.count());
+  writer.member("lines", text.lineCount());
+  writer.member("parseMicroseconds",
+                std::int64_t{duration_cast<std::chrono::microseconds>(parsed.time).count()});
+  writer.key("tree");
+  const TreeCounts counts = writeTreeAsJSON(parsed.tree, writer);
+  writer.member("nodes", counts.nodes);
+  writer.member("errors", counts.errors);
+  writer.member("missing", counts.missing);
+  writer.endObject();
+  output.write("\n");
+}
+
+void run(const Arguments& arguments, Streams& streams) {
+  if (arguments.operands.size() != 1)
+    throw UsageError(arguments.operands.empty()
+                         ? "“velmar tree” needs a file, or “-” for standard input."
+                         : "“velmar tree” takes one file at a time.");
+  const SourceText source = readSource(arguments.operands.front(), streams.input);
+  for (const std::string& note : source.notes)
+    streams.errors.write(fmt::format("velmar: {}\n", note));
+  streams.errors.flush();
+  const Language& language = languageFor(source, arguments.valueOf("--language"));
+  const Parsed parsed = parse(*source.text, language.id, grammarOf(language), streams);
+  const auto print = arguments.has("--json") ? printJSON : printText;
+  print(parsed, *source.text, language.id, streams.output);
+}
+
+} // namespace
+
+Command treeCommand() {
+  return {
+      .name = "tree",
+      .summary = "Print the syntax tree of a file.",
+      .usage = "tree FILE [--language ID] [--json]",
+      .details =
+          "A line shows a node: its field, its type (tokens in quotation marks), its range in "
+          "UTF-16\n"
+          "code units, the same by line and column from 0, and the text of short leaves. ERROR is\n"
+          "text that fits no rule; MISSING is what the parser put in to go on. The last line "
+          "counts\n"
+          "units, lines and nodes and gives the time of the parse.\n"
+          "\n"
+          "FILE is “-” for standard input. Its name or its interpreter line tells the language.\n",
+      .options = {{"--language", "ID", "Parse as this language, whatever the file is called."},
+                  {"--json", "", "Print nested JSON instead."}},
+      .examples = {{"velmar tree main.c", "The tree of a C file."},
+                   {"velmar tree --language json notes", "A file whose name says nothing."},
+                   {"echo 'a = 1' | velmar tree - --language lua", "A text from a pipe."},
+                   {"velmar tree page.html --json", "For other programs."}},
+      .run = run,
+  };
+}
+
+void showSampleTree(Streams& streams) {
+  DocumentText text;
+  text.replaceSubrange({0, 0}, sample);
+  streams.output.write(sample, Style::heading);
+  const Parsed parsed =
+      parse(text, "javascript", Grammar::fromBuiltIn(Grammar::BuiltIn::javascript), streams);
+  printText(parsed, text, "javascript", streams.output);
+}
+
+} // namespace velmar::host

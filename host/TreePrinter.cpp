@@ -1,0 +1,173 @@
+#include "host/TreePrinter.h"
+
+#include "VelmarPlatform/Unicode/UTF.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace velmar::host {
+
+namespace {
+
+/// Deeper nodes aren't moved further to the right: the blanks of a tree as deep as its text is long
+/// would fill a disk. They show their depth instead.
+constexpr std::int64_t deepestIndentation = 60;
+constexpr std::int64_t longestShownText = 40;
+
+/// Calls `enter(cursor, node, depth)` for each node, parents first, and `leave()` behind the
+/// descendants of each.
+template <class Enter, class Leave>
+TreeCounts walk(const ParseTree& tree, Enter enter, Leave leave) {
+  TreeCounts counts;
+  auto cursor = ParseTreeCursor::startingAt(tree.rootNode());
+  for (std::int64_t depth = 0;;) {
+    const ParseNode node = *cursor.currentNode();
+    ++counts.nodes;
+    counts.errors += node.isError() ? 1 : 0;
+    counts.missing += node.isMissing() ? 1 : 0;
+    enter(cursor, node, depth);
+    if (cursor.goToFirstChild()) {
+      ++depth;
+      continue;
+    }
+    leave();
+    while (!cursor.goToNextSibling()) {
+      if (!cursor.goToParent())
+        return counts;
+      --depth;
+      leave();
+    }
+  }
+}
+
+/// A token's type is its text, which may hold a quotation mark or a line feed.
+std::string quoted(std::string_view type) {
+  std::string text = "\"";
+  for (const char letter : type) {
+    if (letter == '\n')
+      text += "\\n";
+    else if (letter == '\r')
+      text += "\\r";
+    else if (letter == '\t')
+      text += "\\t";
+    else if (letter == '"' || letter == '\\')
+      text += {'\\', letter};
+    else if (static_cast<unsigned char>(letter) < 0x20)
+      text += fmt::format("\\u{:04x}", static_cast<int>(letter));
+    else
+      text += letter;
+  }
+  return text + '"';
+}
+
+/// The text of a leaf whose type says nothing about it, if it is short and printable.
+std::string leafText(const ParseNode& node, const DocumentText& text) {
+  const TextRange range = node.utf16Range();
+  if (!node.isNamed() || range.isEmpty() || range.length() > longestShownText ||
+      ts_node_child_count(node.base()) != 0)
+    return {};
+  const std::u16string units = text.substringFor(range);
+  const bool printable =
+      std::ranges::none_of(units, [](char16_t unit) { return unit < 0x20 || unit == 0x7F; });
+  return printable ? utf8RepairingUTF16(units) : std::string();
+}
+
+class TreeLines {
+public:
+  TreeLines(const DocumentText& text, Output& output) : text_(text), output_(output) {}
+
+  void write(const ParseTreeCursor& cursor, const ParseNode& node, std::int64_t depth) {
+    indent(depth);
+    if (const auto field = cursor.currentFieldName())
+      output_.write(fmt::format("{}: ", *field), Style::field);
+    writeType(node);
+    const auto range = node.utf16Range();
+    const auto places = node.textRange();
+    output_.write(fmt::format(" {}..<{} {}:{}-{}:{}", range.lowerBound, range.upperBound,
+                              places.lowerBound.line, places.lowerBound.column,
+                              places.upperBound.line, places.upperBound.column),
+                  Style::faint);
+    if (const std::string leaf = leafText(node, text_); !leaf.empty())
+      output_.write(" " + leaf);
+    output_.write("\n");
+  }
+
+private:
+  void indent(std::int64_t depth) {
+    output_.write(
+        std::string(static_cast<std::size_t>(std::min(depth, deepestIndentation)) * 2, ' '));
+    if (depth > deepestIndentation)
+      output_.write(fmt::format("[{}] ", depth), Style::faint);
+  }
+
+  void writeType(const ParseNode& node) {
+    const std::string_view type = node.type().value_or("");
+    if (node.isMissing())
+      output_.write("MISSING ", Style::error);
+    if (node.isNamed())
+      output_.write(type, node.isError() ? Style::error : Style::plain);
+    else
+      output_.write(quoted(type), Style::faint);
+  }
+
+  const DocumentText& text_;
+  Output& output_;
+};
+
+void writePosition(JSONWriter& writer, std::string_view name, TextPosition position) {
+  writer.key(name);
+  writer.beginArray();
+  writer.value(position.line);
+  writer.value(position.column);
+  writer.endArray();
+}
+
+/// Opens the node's object and its array of children.
+void beginNode(JSONWriter& writer, const ParseTreeCursor& cursor, const ParseNode& node) {
+  writer.beginObject();
+  writer.member("type", node.type().value_or(""));
+  if (const auto field = cursor.currentFieldName())
+    writer.member("field", *field);
+  writer.member("named", node.isNamed());
+  if (node.isError())
+    writer.member("error", true);
+  if (node.isMissing())
+    writer.member("missing", true);
+  if (node.isExtra())
+    writer.member("extra", true);
+  writer.key("range");
+  writer.beginArray();
+  writer.value(node.utf16Range().lowerBound);
+  writer.value(node.utf16Range().upperBound);
+  writer.endArray();
+  writePosition(writer, "start", node.textRange().lowerBound);
+  writePosition(writer, "end", node.textRange().upperBound);
+  writer.key("children");
+  writer.beginArray();
+}
+
+} // namespace
+
+TreeCounts printTree(const ParseTree& tree, const DocumentText& text, Output& output) {
+  TreeLines lines(text, output);
+  return walk(
+      tree,
+      [&](const ParseTreeCursor& cursor, const ParseNode& node, std::int64_t depth) {
+        lines.write(cursor, node, depth);
+      },
+      [] {});
+}
+
+TreeCounts writeTreeAsJSON(const ParseTree& tree, JSONWriter& writer) {
+  return walk(
+      tree,
+      [&](const ParseTreeCursor& cursor, const ParseNode& node, std::int64_t) {
+        beginNode(writer, cursor, node);
+      },
+      [&] {
+        writer.endArray();
+        writer.endObject();
+      });
+}
+
+} // namespace velmar::host
