@@ -18,7 +18,7 @@ std::string languagesOf(Grammar::BuiltIn builtIn) {
     if (language.grammar != builtIn)
       continue;
     list += list.empty() ? "" : ", ";
-    list += language.id;
+    list += language.id.rawValue;
   }
   return list;
 }

@@ -124,7 +124,7 @@ SourceText readSource(const std::string& path, std::istream& input, std::int64_t
   const bool isStandardInput = path == "-";
   SourceText source{
       .name = isStandardInput ? "standard input" : fmt::format("“{}”", repairedUTF8(path)),
-      .filename = isStandardInput ? std::string() : FilePath(path).lastComponent(),
+      .filename = isStandardInput ? std::nullopt : std::optional(FilePath(path).lastComponent()),
       .text = std::make_unique<DocumentText>(),
       .notes = {},
   };

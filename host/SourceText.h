@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <istream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,8 +16,8 @@ namespace velmar::host {
 struct SourceText {
   /// How to call it in a sentence: the path in quotation marks, or "standard input".
   std::string name;
-  /// The last component of the path; empty for standard input.
-  std::string filename;
+  /// The last component of the path; absent for standard input.
+  std::optional<std::string> filename;
   std::unique_ptr<DocumentText> text;
   /// What had to be said about the bytes, a sentence each.
   std::vector<std::string> notes;

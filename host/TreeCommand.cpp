@@ -25,14 +25,14 @@ const Language& languageFor(const SourceText& source, std::optional<std::string_
       return *named;
     std::vector<std::string_view> names;
     for (const Language& language : languages())
-      names.push_back(language.id);
+      names.push_back(language.id.rawValue);
     throw UsageError(
         fmt::format("There is no language “{}”{}", *wanted, endWithSuggestion(*wanted, names)));
   }
   const std::int64_t length =
       std::min(source.text->rangeOfLine(0).length(), longestInterpreterLine);
   const std::string firstLine = utf8RepairingUTF16(source.text->substringFor({0, length}));
-  if (const Language* detected = languageOfFile(source.filename, firstLine))
+  if (const Language* detected = languageOf(source.filename, firstLine))
     return *detected;
   throw Error(
       fmt::format("Could not tell the language of {}; name it with --language.", source.name));
@@ -40,7 +40,7 @@ const Language& languageFor(const SourceText& source, std::optional<std::string_
 
 std::shared_ptr<const Grammar> grammarOf(const Language& language) {
   if (!language.grammar)
-    throw Error(fmt::format("There is no grammar for the language “{}”.", language.id));
+    throw Error(fmt::format("There is no grammar for the language “{}”.", language.id.rawValue));
   return Grammar::fromBuiltIn(*language.grammar);
 }
 
@@ -109,9 +109,9 @@ void run(const Arguments& arguments, Streams& streams) {
     streams.errors.write(fmt::format("velmar: {}\n", note));
   streams.errors.flush();
   const Language& language = languageFor(source, arguments.valueOf("--language"));
-  const Parsed parsed = parse(*source.text, language.id, grammarOf(language), streams);
+  const Parsed parsed = parse(*source.text, language.id.rawValue, grammarOf(language), streams);
   const auto print = arguments.has("--json") ? printJSON : printText;
-  print(parsed, *source.text, language.id, streams.output);
+  print(parsed, *source.text, language.id.rawValue, streams.output);
 }
 
 } // namespace
