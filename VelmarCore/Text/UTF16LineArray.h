@@ -10,9 +10,9 @@
 // moves no text but that of the lines it touches. With `NoLineStorage` the same algorithm tracks
 // boundaries alone.
 //
-// Line starts lie in one plain array beside the line objects: the shift behind an edit is one pass
-// over contiguous memory, and any number of lines goes in or out in one splice. A text holds at
-// most 2^32 - 1 code units.
+// Line starts lie in one plain array beside the line objects: the shift behind an edit is at most
+// one pass over contiguous memory, none where typing goes on at one place, and any number of lines
+// goes in or out in one splice. A text holds at most 2^32 - 1 code units.
 //
 // Offsets are UTF-16 code units from the start of the text. An offset or range outside the text
 // stops the process. There is no lock: one thread at a time uses an array and the lines it gave
@@ -21,6 +21,7 @@
 
 #include "VelmarCore/Text/LineBoundaries.h"
 #include "VelmarCore/Text/LineFlags.h"
+#include "VelmarCore/Text/LineStarts.h"
 #include "VelmarCore/Text/LineStorage.h"
 #include "VelmarCore/Text/TextPosition.h"
 #include "VelmarPlatform/Basics/Range.h"
@@ -241,8 +242,8 @@ public:
   /// A line is the same object before and after an edit that stays inside it. CR and LF become one
   /// terminator only at the seams of the edit itself: an LF put directly behind a line that ends in
   /// a lone CR stays a line of its own, for an offset at a line boundary belongs to the line that
-  /// starts there. O(log lines), plus the lines touched, plus one pass over the starts of the lines
-  /// behind.
+  /// starts there. O(log lines), plus the lines touched, plus a pass over the starts between this
+  /// edit and the last one; where lines come or go, over those behind.
   void replaceSubrange(TextRange range, std::u16string_view text);
   /// The same with valid UTF-8; what isn't valid is replaced by U+FFFD.
   void replaceSubrange(TextRange range, std::string_view utf8);
@@ -337,15 +338,18 @@ private:
   UTF16LineArray(const UTF16LineArray<OtherStorage>& source, FromContents);
 
   static std::size_t asSize(std::int64_t value) noexcept { return static_cast<std::size_t>(value); }
+  std::size_t indexOfEditedLine(std::int64_t offset) const;
   bool replaceInsideLine(TextRange range, std::u16string_view text);
   void splice(std::size_t first, std::size_t end, std::span<const Piece> pieces,
               std::int64_t delta);
 
-  /// Where each line starts, and one more: the end of the text. One longer than `objects_`, and
-  /// never empty.
-  std::vector<std::uint32_t> starts_;
+  /// One longer than `objects_`.
+  detail::LineStarts starts_;
   /// One reference each is ours.
   std::vector<Object*> objects_;
+  /// What an edit works with, empty in between: kept so that edits needn't ask for memory.
+  std::vector<Piece> pieces_;
+  std::vector<Object*> dropped_;
 };
 
 extern template class Line<NoLineStorage>;

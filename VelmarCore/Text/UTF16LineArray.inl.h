@@ -77,7 +77,7 @@ std::string Line<Storage>::debugDescription() const {
 // The array
 
 template <class Storage>
-UTF16LineArray<Storage>::UTF16LineArray() : starts_{0, 0}, objects_{new Object} {}
+UTF16LineArray<Storage>::UTF16LineArray() : objects_{new Object} {}
 
 template <class Storage>
 UTF16LineArray<Storage>::~UTF16LineArray() {
@@ -102,19 +102,7 @@ UTF16LineArray<Storage>::UTF16LineArray(const UTF16LineArray<OtherStorage>& sour
 template <class Storage>
 std::int64_t UTF16LineArray<Storage>::indexOfLineContaining(std::int64_t offset) const {
   precondition(offset >= 0 && offset <= count(), "An offset lies outside the text.");
-  if (offset == count())
-    return lineCount() - 1;
-  // The last start at or before `offset`: halved without branches, which the processor couldn't
-  // foresee.
-  const auto wanted = static_cast<std::uint32_t>(offset);
-  const std::uint32_t* base = starts_.data();
-  std::size_t length = objects_.size();
-  while (length > 1) {
-    const std::size_t half = length / 2;
-    base = base[half] <= wanted ? base + half : base;
-    length -= half;
-  }
-  return base - starts_.data();
+  return static_cast<std::int64_t>(starts_.lastAtOrBefore(static_cast<std::uint32_t>(offset)));
 }
 
 template <class Storage>
@@ -243,9 +231,10 @@ class UTF16LineArray<Storage>::Edit {
 public:
   Edit(UTF16LineArray& array, TextRange range, std::u16string_view text)
       : array_(array), range_(range), text_(text),
-        first_(asSize(array.indexOfLineContaining(range.lowerBound))), end_(first_ + 1),
+        first_(array.indexOfEditedLine(range.lowerBound)), end_(first_ + 1),
         current_{array.objects_[first_], array.rangeOfLine(asInt(first_)).length()},
-        currentStart_(array.rangeOfLine(asInt(first_)).lowerBound) {}
+        currentStart_(array.rangeOfLine(asInt(first_)).lowerBound), pieces_(array.pieces_),
+        dropped_(array.dropped_) {}
 
   void perform() {
     const bool atEndOfText = range_.lowerBound == array_.count() && end_ == array_.objects_.size();
@@ -257,9 +246,20 @@ public:
     array_.splice(first_, end_, pieces_, asInt(text_.size()) - range_.length());
     for (Object* object : dropped_)
       detail::LineReference<Storage>::release(object);
+    empty(pieces_);
+    empty(dropped_);
   }
 
 private:
+  // The memory stays for the next edit, unless a large one took much.
+  template <class List>
+  static void empty(List& list) {
+    constexpr std::size_t mostKept = 1024;
+    list.clear();
+    if (list.capacity() > mostKept)
+      list.shrink_to_fit();
+  }
+
   static std::int64_t asInt(std::size_t value) noexcept { return static_cast<std::int64_t>(value); }
 
   static Piece newPiece(LineFlags flags) {
@@ -449,11 +449,11 @@ private:
   std::int64_t currentStart_;
   /// What is left of the line that holds the end of the range, if that is a line of its own now.
   std::optional<Piece> behind_;
-  std::vector<Piece> pieces_;
+  std::vector<Piece>& pieces_;
   /// The index in `pieces_` of the last line that holds new text, or of the current line if there
   /// is none.
   std::size_t tip_ = 0;
-  std::vector<Object*> dropped_;
+  std::vector<Object*>& dropped_;
 };
 
 template <class Storage>
@@ -472,16 +472,24 @@ void UTF16LineArray<Storage>::replaceSubrange(TextRange range, std::string_view 
   replaceSubrange(range, utf16RepairingUTF8(utf8));
 }
 
+// Most edits follow another one in the same line, which spares them the search.
+template <class Storage>
+std::size_t UTF16LineArray<Storage>::indexOfEditedLine(std::int64_t offset) const {
+  const std::size_t guess = starts_.lastEdited();
+  const bool holds = offset >= starts_[guess] && offset < starts_[guess + 1];
+  return holds ? guess : asSize(indexOfLineContaining(offset));
+}
+
 // Nearly all edits: no terminator comes, goes or is touched, so the line only gets longer or
 // shorter.
 template <class Storage>
 bool UTF16LineArray<Storage>::replaceInsideLine(TextRange range, std::u16string_view text) {
-  const auto index = asSize(indexOfLineContaining(range.lowerBound));
+  const std::size_t index = indexOfEditedLine(range.lowerBound);
   Object& object = *objects_[index];
   if (range.upperBound >
       static_cast<std::int64_t>(starts_[index + 1]) - object.flags.lineEndingCount())
     return false;
-  if (indexOfLineBreak(text, 0) != text.size())
+  if (hasLineBreak(text))
     return false;
   if constexpr (StoringText<Storage>) {
     const std::int64_t start = starts_[index];
@@ -489,12 +497,8 @@ bool UTF16LineArray<Storage>::replaceInsideLine(TextRange range, std::u16string_
   }
   const auto delta =
       static_cast<std::uint32_t>(static_cast<std::int64_t>(text.size()) - range.length());
-  if (delta != 0) {
-    // Negative deltas wrap around, and so do the sums.
-    std::uint32_t* const end = starts_.data() + starts_.size();
-    for (std::uint32_t* start = starts_.data() + index + 1; start != end; ++start)
-      *start += delta;
-  }
+  if (delta != 0)
+    starts_.shiftBehind(index, delta); // a negative delta wraps around, and so do the sums
   return true;
 }
 
@@ -502,45 +506,26 @@ bool UTF16LineArray<Storage>::replaceInsideLine(TextRange range, std::u16string_
 template <class Storage>
 void UTF16LineArray<Storage>::splice(std::size_t first, std::size_t end,
                                      std::span<const Piece> pieces, std::int64_t delta) {
-  const std::size_t oldCount = objects_.size();
-  const std::size_t newCount = oldCount - (end - first) + pieces.size();
+  const std::size_t kept = objects_.size() - end;
   const std::size_t behind = first + pieces.size();
-  if (newCount > oldCount) {
-    // Growing by half at least, as vectors do, but no more than an eighth for documents of many
-    // lines.
-    if (newCount + 1 > starts_.capacity()) {
-      const std::size_t room = newCount + std::max<std::size_t>(16, oldCount / 8) + 1;
-      starts_.reserve(room);
-      objects_.reserve(room);
-    }
-    starts_.resize(newCount + 1);
-    objects_.resize(newCount);
-  }
-  std::memmove(objects_.data() + behind, objects_.data() + end, (oldCount - end) * sizeof(Object*));
-  std::memmove(starts_.data() + behind, starts_.data() + end,
-               (oldCount - end + 1) * sizeof(std::uint32_t));
-  if (newCount < oldCount) {
-    starts_.resize(newCount + 1);
-    objects_.resize(newCount);
-  }
-  const auto shift = static_cast<std::uint32_t>(delta);
-  if (shift != 0) {
-    for (std::size_t index = behind; index <= newCount; ++index)
-      starts_[index] += shift;
-  }
+  if (behind > end)
+    detail::resizeWithRoom(objects_, behind + kept);
+  std::memmove(objects_.data() + behind, objects_.data() + end, kept * sizeof(Object*));
+  objects_.resize(behind + kept);
   std::uint32_t start = starts_[first];
+  const auto starts = starts_.replace(first, end, pieces.size(), static_cast<std::uint32_t>(delta));
   for (std::size_t index = 0; index < pieces.size(); ++index) {
     objects_[first + index] = pieces[index].object;
-    starts_[first + index] = start;
+    starts[index] = start;
     start += static_cast<std::uint32_t>(pieces[index].length);
   }
 }
 
 template <class Storage>
 void UTF16LineArray<Storage>::checkInvariants() const {
-  precondition(!objects_.empty() && starts_.size() == objects_.size() + 1,
+  precondition(!objects_.empty() && starts_.count() == objects_.size() + 1,
                "A text has at least one line.");
-  precondition(starts_.front() == 0, "The first line starts at 0.");
+  precondition(starts_[0] == 0, "The first line starts at 0.");
   precondition(objects_.back()->flags.isEmpty(), "The last line has no terminator.");
   for (std::size_t index = 0; index < objects_.size(); ++index) {
     const Object& object = *objects_[index];
