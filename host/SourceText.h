@@ -3,9 +3,9 @@
 
 #include "VelmarCore/Text/UTF16LineArray.h"
 #include "VelmarParser/Grammar/TreeUnits.h"
+#include "host/Streams.h"
 
 #include <cstdint>
-#include <istream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,12 +23,12 @@ struct SourceText {
   std::vector<std::string> notes;
 };
 
-/// Reads the file at `path`, or `input` where `path` is "-".
+/// Reads the file at `path`, or standard input where `path` is "-".
 ///
 /// Bytes that aren't UTF-8 are replaced by U+FFFD, and a note says how many; a byte order mark at
 /// the start is left out. Throws Error where there is nothing to read, and for a text of more than
-/// `limit` code units, as far as possible before it takes up memory.
-[[nodiscard]] SourceText readSource(const std::string& path, std::istream& input,
+/// `limit` code units: as far as that shows beforehand, before it is read.
+[[nodiscard]] SourceText readSource(const std::string& path, const Streams& streams,
                                     std::int64_t limit = largestParsableCount);
 
 } // namespace velmar::host

@@ -2,10 +2,11 @@
 // handed these and know of nothing else.
 #pragma once
 
+#include "VelmarPlatform/Basics/Bytes.h"
+
 #include <chrono>
-#include <cstddef>
+#include <cstdint>
 #include <functional>
-#include <istream>
 #include <string>
 #include <string_view>
 
@@ -72,7 +73,8 @@ private:
 };
 
 struct Streams {
-  std::istream& input;
+  /// All bytes of standard input; throws SystemError for more than `sizeLimit`.
+  std::function<Bytes(std::int64_t sizeLimit)> readInput;
   Output& output;
   /// Notes and errors, a sentence to a line.
   Output& errors;

@@ -104,7 +104,7 @@ void run(const Arguments& arguments, Streams& streams) {
     throw UsageError(arguments.operands.empty()
                          ? "“velmar tree” needs a file, or “-” for standard input."
                          : "“velmar tree” takes one file at a time.");
-  const SourceText source = readSource(arguments.operands.front(), streams.input);
+  const SourceText source = readSource(arguments.operands.front(), streams);
   for (const std::string& note : source.notes)
     streams.errors.write(fmt::format("velmar: {}\n", note));
   streams.errors.flush();

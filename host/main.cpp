@@ -1,20 +1,25 @@
 // The program `velmar`: the engine at work on the command line. See CommandLine.h.
+#include "VelmarPlatform/Files/FileContents.h"
 #include "host/CommandLine.h"
 
 #include <csignal>
-#include <iostream>
 #include <unistd.h>
 
 int main(int argc, char** argv) {
   // A reader that goes away is seen as a failed write, not as the death of this process.
   std::signal(SIGPIPE, SIG_IGN);
-  std::ios::sync_with_stdio(false);
   velmar::host::FileOutput output(STDOUT_FILENO);
   velmar::host::FileOutput errors(STDERR_FILENO);
-  velmar::host::Streams streams{.input = std::cin, .output = output, .errors = errors, .now = [] {
-                                  return std::chrono::nanoseconds(
-                                      std::chrono::steady_clock::now().time_since_epoch());
-                                }};
+  velmar::host::Streams streams{
+      .readInput =
+          [](std::int64_t limit) { return velmar::readStandardInput({.sizeLimit = limit}); },
+      .output = output,
+      .errors = errors,
+      .now =
+          [] {
+            return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch());
+          },
+  };
   const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
   return static_cast<int>(velmar::host::runCommandLine(words, streams));
 }
