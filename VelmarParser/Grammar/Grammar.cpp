@@ -151,7 +151,10 @@ Grammar::StateLookahead::StateLookahead(const Grammar& grammar, StateID state)
     : base_(ts_lookahead_iterator_new(grammar.base(), state.base)) {}
 
 std::optional<Grammar::SymbolID> Grammar::StateLookahead::next() {
-  if (!base_ || !ts_lookahead_iterator_next(base_.get()))
+  // At its end the runtime's iterator would start giving symbols that aren't valid.
+  if (base_ && !ts_lookahead_iterator_next(base_.get()))
+    base_.reset();
+  if (!base_)
     return std::nullopt;
   return SymbolID{ts_lookahead_iterator_current_symbol(base_.get())};
 }
