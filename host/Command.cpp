@@ -76,7 +76,7 @@ Arguments parseArguments(const Command& command, std::span<const std::string> wo
 std::optional<std::string_view> nearestName(std::string_view word,
                                             std::span<const std::string_view> names) {
   // Nothing that has been typed on purpose is long, and the comparison is quadratic.
-  if (word.size() > 64)
+  if (word.empty() || word.size() > 64)
     return std::nullopt;
   std::optional<std::string_view> nearest;
   std::size_t least = std::max<std::size_t>(1, word.size() / 3) + 1;
