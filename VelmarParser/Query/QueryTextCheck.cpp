@@ -139,6 +139,8 @@ private:
   };
 
   Outcome pattern(std::size_t depth, bool isImmediate) {
+    if (stream_.next() == U')' || stream_.next() == U']')
+      return Outcome::listEnded;
     if (++nesting_ > largestQueryNesting)
       return Outcome::unsafe; // `nesting_` doesn't matter any more
     const std::size_t firstStep = steps_.size();
@@ -156,9 +158,6 @@ private:
     switch (stream_.next()) {
     case 0:
       return Outcome::failed;
-    case U')':
-    case U']':
-      return Outcome::listEnded;
     case U'[':
       return alternatives(depth, isImmediate);
     case U'(':
