@@ -56,6 +56,8 @@ TSQuery* compiled(std::string_view text, const std::shared_ptr<const Grammar>& g
   const QueryTextReport report = checkedQueryText(text, grammar->base());
   if (report.unsafeOffset)
     fail(TSQueryErrorStructure, *report.unsafeOffset, text, report, grammar);
+  if (report.unknownFieldOffset)
+    fail(TSQueryErrorField, *report.unknownFieldOffset, text, report, grammar);
   std::uint32_t errorOffset = 0;
   TSQueryError code = TSQueryErrorNone;
   TSQuery* const query = ts_query_new(grammar->base(), text.data(),

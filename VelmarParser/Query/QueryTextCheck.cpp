@@ -4,6 +4,9 @@
 
 #include <cstddef>
 #include <cwctype>
+#include <optional>
+#include <set>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -71,24 +74,46 @@ public:
     while (isAtName() || next_ == U'.' || next_ == U'?' || next_ == U'!');
     return textFrom(start);
   }
-  /// Passes over a string; false if it isn't closed on its line.
-  bool skipString() {
+  /// Reads a string, without its quotes and escapes; absent if it isn't closed on its line.
+  std::optional<std::string> string() {
+    std::string content;
     bool isEscaped = false;
     advance();
     for (; !isAtEnd(); advance()) {
-      if (isEscaped)
+      if (isEscaped) {
+        content += unescaped();
         isEscaped = false;
-      else if (next_ == U'\\')
+      } else if (next_ == U'\\') {
         isEscaped = true;
-      else if (next_ == U'"')
-        return skip(U'"');
-      else if (next_ == U'\n')
-        return false;
+      } else if (next_ == U'"') {
+        advance();
+        return content;
+      } else if (next_ == U'\n') {
+        return std::nullopt;
+      } else {
+        content += text_.substr(offset_, length_);
+      }
     }
-    return false;
+    return std::nullopt;
   }
 
 private:
+  /// What a backslash in front of the next character makes of it.
+  [[nodiscard]] std::string_view unescaped() const {
+    switch (next_) {
+    case U'n':
+      return "\n";
+    case U'r':
+      return "\r";
+    case U't':
+      return "\t";
+    case U'0':
+      return std::string_view("\0", 1);
+    default:
+      return text_.substr(offset_, length_);
+    }
+  }
+
   void read() {
     next_ = 0;
     length_ = 0;
@@ -175,7 +200,7 @@ private:
       steps_.push_back({.depth = depth, .isWildcard = true, .isImmediate = isImmediate});
       return Outcome::parsed;
     case U'"':
-      if (!stream_.skipString())
+      if (const auto type = stream_.string(); !type || symbolOf(*type, false) == 0)
         return Outcome::failed;
       steps_.push_back({.depth = depth, .isImmediate = isImmediate});
       return Outcome::parsed;
@@ -237,12 +262,15 @@ private:
         stream_.skipBlanks();
         return Outcome::parsed;
       }
-      stream_.skip(U'@');
       ++nameCount_;
-      if (stream_.isAtName())
+      if (stream_.skip(U'@')) {
+        if (!stream_.isAtName() || !captureNames_.contains(stream_.name()))
+          return Outcome::failed;
+      } else if (stream_.isAtName()) {
         stream_.name();
-      else if (stream_.next() != U'"' || !stream_.skipString())
+      } else if (stream_.next() != U'"' || !stream_.string()) {
         return Outcome::failed;
+      }
     }
   }
 
@@ -254,51 +282,60 @@ private:
     return children(depth);
   }
 
-  /// Reads `name`, `_`, `MISSING …` or `supertype/subtype`.
+  /// Reads `name`, `_`, `MISSING …` or `supertype/subtype`; false where there is an error.
   bool nodeName(Step& step) {
     if (!stream_.isAtName())
       return false;
     const std::string_view name = stream_.name();
-    bool isSupertype = false;
-    if (name == "_") {
-      step.isWildcard = true;
-    } else if (std::string_view("MISSING").starts_with(
-                   name)) { // the compiler takes the word's beginning for the word
+    std::optional<TSSymbol> symbol; // of a node type that has a name
+    if (std::string_view("MISSING").starts_with(
+            name)) { // to the compiler, the word's beginning is the word
       stream_.skipBlanks();
-      if (stream_.isAtName())
-        isSupertype = isSupertypeNamed(stream_.name());
-      else if (stream_.next() == U'"')
-        return stream_.skipString() && (stream_.skipBlanks(), true);
-      else
+      if (stream_.isAtName()) {
+        symbol = symbolOf(stream_.name(), true);
+      } else if (stream_.next() == U'"') {
+        if (const auto type = stream_.string(); !type || symbolOf(*type, false) == 0)
+          return false;
+      } else if (stream_.next() != U')') {
+        return false;
+      } else {
         step.isWildcard = true;
+      }
+    } else if (name == "_") {
+      step.isWildcard = true;
     } else {
-      isSupertype = isSupertypeNamed(name);
+      symbol = symbolOf(name, true);
     }
+    if (symbol == TSSymbol{0})
+      return false;
+    const bool isSupertype =
+        symbol && ts_language_symbol_type(language_, *symbol) == TSSymbolTypeSupertype;
     step.isWildcard |= isSupertype;
     stream_.skipBlanks();
     if (stream_.skip(U'/')) {
-      if (!isSupertype || !stream_.isAtName())
+      if (!isSupertype || !stream_.isAtName() || symbolOf(stream_.name(), true) == 0)
         return false;
-      stream_.name();
       step.isWildcard = false;
       stream_.skipBlanks();
     }
     return true;
   }
 
-  [[nodiscard]] bool isSupertypeNamed(std::string_view name) const {
-    const TSSymbol symbol = ts_language_symbol_for_name(
-        language_, name.data(), static_cast<std::uint32_t>(name.size()), true);
-    return symbol != 0 && ts_language_symbol_type(language_, symbol) == TSSymbolTypeSupertype;
+  [[nodiscard]] TSSymbol symbolOf(std::string_view type, bool isNamed) const {
+    return ts_language_symbol_for_name(language_, type.data(),
+                                       static_cast<std::uint32_t>(type.size()), isNamed);
+  }
+  [[nodiscard]] bool isField(std::string_view name) const {
+    return ts_language_field_id_for_name(language_, name.data(),
+                                         static_cast<std::uint32_t>(name.size())) != 0;
   }
 
   Outcome children(std::size_t depth) {
     while (true) {
       if (stream_.skip(U'!')) {
         stream_.skipBlanks();
-        if (!stream_.isAtName())
+        if (!stream_.isAtName() || !isField(stream_.name()))
           return Outcome::failed;
-        stream_.name();
         stream_.skipBlanks();
         continue;
       }
@@ -314,7 +351,8 @@ private:
   }
 
   Outcome field(std::size_t depth, bool isImmediate) {
-    stream_.name();
+    const std::size_t offset = stream_.offset();
+    const std::string_view name = stream_.name();
     stream_.skipBlanks();
     if (!stream_.skip(U':'))
       return Outcome::failed;
@@ -323,6 +361,10 @@ private:
     const Outcome outcome = pattern(depth, isImmediate);
     if (outcome != Outcome::parsed)
       return outcome == Outcome::unsafe ? outcome : Outcome::failed;
+    if (!isField(name)) {
+      report_.unknownFieldOffset = static_cast<std::int64_t>(offset);
+      return Outcome::failed;
+    }
     if (steps_.size() == firstStep)
       return Outcome::unsafe;
     forEachAlternative(firstStep, [](Step& step) { step.hasField = true; });
@@ -341,7 +383,7 @@ private:
       if (suffix == U'@') {
         if (!stream_.isAtName())
           return Outcome::failed;
-        stream_.name();
+        captureNames_.insert(stream_.name());
         ++nameCount_;
       } else {
         if (suffix != U'?')
@@ -446,6 +488,7 @@ private:
   const TSLanguage* language_;
   std::vector<Step> steps_;
   QueryTextReport report_;
+  std::set<std::string_view> captureNames_;
   std::int64_t patternIndex_ = 0;
   std::size_t nameCount_ = 0;
   int nesting_ = 0;

@@ -1,10 +1,9 @@
 // Keeps texts away from the runtime's query compiler that it can't survive.
 //
 // The compiler trusts its input in a few places: it recurses without a limit, it writes outside its
-// memory for a capture or a field on a predicate, and it never comes back from a repetition of
-// something that may be empty, such as
-// `((comment)?)+`. Query texts are files that people edit, so such a text must be an error like any
-// other.
+// memory for a capture or a field on a predicate, it never comes back from a repetition of
+// something that may be empty, such as `((comment)?)+`, and it loses memory at an unknown field.
+// Query texts are files that people edit, so such a text must be an error like any other.
 #pragma once
 
 #include <tree_sitter/api.h>
@@ -28,6 +27,10 @@ struct QueryTextReport {
     std::int64_t offset = 0;
   };
   std::optional<NamelessPredicate> namelessPredicate;
+
+  /// The offset in bytes of a field that the language doesn't have, if that is the first fault of
+  /// the text.
+  std::optional<std::int64_t> unknownFieldOffset;
 };
 
 /// Looks at a query's text before the compiler does. O(n).

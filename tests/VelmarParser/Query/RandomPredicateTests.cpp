@@ -227,7 +227,7 @@ TEST(RandomPredicates, AgreeWithALiteralEvaluator) {
   Random random(20'240'607);
   int held = 0;
   int failed = 0;
-  for (int round = 0; round < 150; ++round) {
+  for (int round = 0; round < 50; ++round) {
     const std::string source = randomSource(random);
     const ParsedText parsed(Grammar::BuiltIn::javascript, source);
     const Model model(parsed);
@@ -268,8 +268,8 @@ TEST(RandomPredicates, AgreeWithALiteralEvaluator) {
       held += static_cast<int>(found.size());
     }
   }
-  EXPECT_GT(held, 5'000); // both answers are common
-  EXPECT_GT(failed, 5'000);
+  EXPECT_GT(held, 1'500); // both answers are common
+  EXPECT_GT(failed, 1'500);
 }
 
 } // namespace
