@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <memory>
 #include <utility>
 
 namespace velmar {
@@ -25,11 +26,14 @@ public:
       box_->owners.fetch_add(1, std::memory_order_relaxed);
   }
   CopyOnWrite(CopyOnWrite&& other) noexcept : box_(std::exchange(other.box_, nullptr)) {}
-  CopyOnWrite& operator=(CopyOnWrite other) noexcept {
+  CopyOnWrite& operator=(const CopyOnWrite& other) noexcept { return *this = CopyOnWrite(other); }
+  CopyOnWrite& operator=(CopyOnWrite&& other) noexcept {
     std::swap(box_, other.box_);
     return *this;
   }
-  ~CopyOnWrite() { release(); }
+  ~CopyOnWrite() {
+    release();
+  } // NOLINT(clang-analyzer-cplusplus.NewDelete): it doesn't count owners
 
   /// The value. Valid until this object is written, assigned or destroyed.
   [[nodiscard]] const Value& read() const noexcept {
@@ -68,7 +72,8 @@ private:
 
   // Never destroyed, so that threads which outlive `main` may go on reading.
   static const Value& empty() noexcept {
-    static const Value* const value = new Value();
+    alignas(Value) static std::byte memory[sizeof(Value)];
+    static const Value* const value = std::construct_at(reinterpret_cast<Value*>(memory));
     return *value;
   }
 

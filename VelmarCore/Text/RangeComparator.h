@@ -13,6 +13,7 @@
 #include <concepts>
 #include <cstddef>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <ranges>
 #include <type_traits>
@@ -155,8 +156,7 @@ template <std::ranges::input_range Elements, class Projection>
 [[nodiscard]] auto sortedBy(Elements&& elements, Projection key,
                             SortOrder order = SortOrder::forward) {
   std::vector<std::ranges::range_value_t<Elements>> sorted;
-  for (auto&& element : elements)
-    sorted.push_back(element);
+  std::ranges::copy(elements, std::back_inserter(sorted));
   sortBy(sorted, std::move(key), order);
   return sorted;
 }

@@ -11,6 +11,7 @@
 #include <optional>
 #include <ostream>
 #include <source_location>
+#include <utility>
 
 namespace velmar {
 
@@ -22,8 +23,9 @@ struct Range {
   Bound upperBound{};
 
   constexpr Range() = default;
-  constexpr Range(Bound lower, Bound upper) : lowerBound(lower), upperBound(upper) {
-    if (upper < lower)
+  constexpr Range(Bound lower, Bound upper)
+      : lowerBound(std::move(lower)), upperBound(std::move(upper)) {
+    if (upperBound < lowerBound)
       preconditionFailed("A range's upper bound lies before its lower bound.",
                          std::source_location::current());
   }

@@ -324,8 +324,8 @@ TEST(RunArray, BisectingFindsARunOrNothing) {
     });
   };
   for (const char wanted : {'a', 'b', 'c', 'd', 'e'})
-    EXPECT_EQ(lookFor(wanted)->value, wanted);
-  EXPECT_EQ(lookFor('d')->range, TextRange(6, 8));
+    EXPECT_EQ(lookFor(wanted),
+              (Letters::Run{wanted, {2 * (wanted - 'a'), 2 * (wanted - 'a') + 2}}));
   EXPECT_EQ(lookFor('A'), std::nullopt); // always in front, past the first run
   EXPECT_EQ(lookFor('f'), std::nullopt); // always behind, past the last
   int calls = 0;
@@ -353,6 +353,7 @@ TEST(RunArray, ACopyAndItsRunsStillReadTheOldOnes) {
 TEST(RunArray, CopiesMayBeReadAndChangedOnOtherThreads) {
   Letters array = arrayOf("a2 b2 c2");
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int k = 0; k < 4; ++k)
     threads.emplace_back([copy = array, k]() mutable {
       for (int step = 0; step < 200; ++step) {
