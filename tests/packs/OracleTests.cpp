@@ -31,8 +31,8 @@ struct Sample {
 };
 
 const std::vector<std::u16string> codeInserts{
-    u"a", u" ",  u"\n", u"(",    u")",          u"{",           u"}",        u"\"",
-    u"'", u"/*", u"*/", u"//",   u"`",          u";",           u"${",       u"if ",
+    u"a", u" ",  u"\n",   u"(",          u")",           u"{",        u"}",  u"\"",
+    u"'", u"/*", u"*/",   u"//",         u"`",           u";",        u"${", u"if ",
     u"<", u">",  u"\r\n", u"\U0001F600", u"css`a{b:c}`", u"/** @x */"};
 const std::vector<std::u16string> markupInserts{u"a",
                                                 u" ",
@@ -99,10 +99,10 @@ INSTANTIATE_TEST_SUITE_P(
         Sample{"CPlusPlus", "cpp", "VelmarParser/Document/Injections.cpp", codeInserts},
         Sample{"JavaScript", "javascript",
                "grammars/node_modules/tree-sitter-javascript/grammar.js", codeInserts},
-        Sample{"TypeScript", "typescript", "tests/packs/samples/oracle.ts", codeInserts},
-        Sample{"HTML", "html", "tests/packs/samples/oracle.html", markupInserts},
-        Sample{"CSS", "css", "tests/packs/samples/oracle.css", codeInserts},
-        Sample{"Markdown", "markdown", "tests/packs/samples/oracle.md", markdownInserts},
+        Sample{"TypeScript", "typescript", "tests/packs/oracle/sample.ts", codeInserts},
+        Sample{"HTML", "html", "tests/packs/oracle/sample.html", markupInserts},
+        Sample{"CSS", "css", "tests/packs/oracle/sample.css", codeInserts},
+        Sample{"Markdown", "markdown", "tests/packs/oracle/sample.md", markdownInserts},
         Sample{"Readme", "markdown", "README.md", markdownInserts}),
     [](const auto& row) { return std::string(row.param.name); });
 
