@@ -3,11 +3,13 @@
 #pragma once
 
 #include "VelmarCore/Text/RegularExpression.h"
+#include "VelmarPlatform/Basics/Precondition.h"
 
 #include <cstddef>
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <source_location>
 #include <string_view>
 #include <utility>
 
@@ -50,8 +52,13 @@ public:
     Iterator& operator=(Iterator&&) noexcept;
     ~Iterator();
 
-    const Match& operator*() const { return match_.value(); }
-    const Match* operator->() const { return &match_.value(); }
+    /// Stops the process at the end.
+    const Match& operator*() const {
+      if (!match_)
+        preconditionFailed("There is no match behind the last.", std::source_location::current());
+      return *match_;
+    }
+    const Match* operator->() const { return &**this; }
     Iterator& operator++() {
       advance();
       return *this;

@@ -439,6 +439,12 @@ TEST(RegularExpression, ThreadsShareOneValue) {
   EXPECT_THAT(failures, testing::Each(0));
 }
 
+TEST(RegularExpressionDeathTest, NothingIsReadBehindTheLastMatch) {
+  const RegularExpression expression("a");
+  const auto matches = expression.matchesIn(u"b");
+  EXPECT_DEATH((void)matches.begin()->range(), "no match behind the last");
+}
+
 TEST(RegularExpressionDeathTest, ASearchMustBeginInsideTheText) {
   const auto pattern = CompiledPattern::compile("a", Options::none);
   EXPECT_DEATH((void)(*pattern)->search(u"a", 2, CompiledPattern::Start::anywhere,
