@@ -1,44 +1,54 @@
 // Where a node hangs: its ancestors and the fields in between.
 //
-// A node knows neither its parent nor its field; both are found from the root down. These functions
-// make one way down where asking node by node would make one for each ancestor.
+// The runtime's nodes know neither their parent nor their field; each question goes down from the
+// root through all the children on the way. Whoever asks about node after node, in roughly the
+// order of the text, keeps one of these, which stands in the tree and goes only as far as the next
+// node is away.
 #pragma once
 
-#include "VelmarParser/Grammar/ParseNode.h"
+#include "VelmarParser/Grammar/ParseTree.h"
 
+#include <cstddef>
 #include <optional>
+#include <span>
 #include <string_view>
+#include <vector>
 
 namespace velmar {
 
-/// Calls `visit` with the strict ancestors of `node`, the root first, until it gives true. Whether
-/// it did. O(depth × children).
-template <class Visit>
-bool anyAncestor(ParseNode node, Visit&& visit) {
-  TSNode at = ts_tree_root_node(node.base().tree);
-  while (!ts_node_is_null(at) && at.id != node.base().id) {
-    if (visit(ParseNode(at)))
-      return true;
-    at = ts_node_child_with_descendant(at, node.base());
-  }
-  return false;
-}
-
-/// The field of `parent` that its child `child` stands in, if it stands in one. O(children).
-[[nodiscard]] std::optional<std::string_view> fieldNameOfChild(ParseNode parent, ParseNode child);
-
-/// Calls `visit` with the names of the fields on the way from the root down to `node`, where there
-/// are such, until it gives true. Whether it did. O(depth × children).
-template <class Visit>
-bool anyFieldOnTheWay(ParseNode node, Visit&& visit) {
-  std::optional<ParseNode> parent;
-  const auto visitFieldOf = [&](ParseNode child) {
-    const auto field = parent ? fieldNameOfChild(*parent, child) : std::nullopt;
-    parent = child;
-    return field && visit(*field);
+/// Finds the way from the root of a tree down to a node. The trees must stand as they are while one
+/// of these is in use.
+class NodeAncestry {
+public:
+  /// A node on the way and the field of its parent that it stands in.
+  struct Step {
+    ParseNode node;
+    std::optional<Grammar::FieldID> field;
+    bool isFieldKnown = false;
   };
-  return anyAncestor(node, visitFieldOf) || visitFieldOf(node);
-}
+
+  /// The steps from the root to `node`, both included, good until the next question; none for a
+  /// null node. O(distance from the last node asked for).
+  [[nodiscard]] std::span<const Step> wayTo(ParseNode node);
+  /// Absent for the root.
+  [[nodiscard]] std::optional<ParseNode> parentOf(ParseNode node);
+
+private:
+  [[nodiscard]] bool isOnTheWay(ParseNode node);
+  [[nodiscard]] bool searchOutwards(ParseNode node);
+  [[nodiscard]] bool searchBelow(ParseNode node);
+  [[nodiscard]] bool searchFromRoot(ParseNode node);
+  bool goDown(ParseNode node);
+  bool goOn();
+  bool goUp();
+  void noteField();
+
+  std::optional<ParseTreeCursor> cursor_;
+  std::vector<Step> way_; // ends where the cursor stands
+};
+
+/// The name of a step's field.
+[[nodiscard]] std::optional<std::string_view> fieldNameOf(const NodeAncestry::Step& step);
 
 /// The named child of `parent` at `index`, counted from the end if it is negative.
 [[nodiscard]] std::optional<ParseNode> namedChildAt(ParseNode parent, std::int64_t index);

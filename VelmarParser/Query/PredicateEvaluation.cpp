@@ -1,6 +1,5 @@
 #include "VelmarParser/Query/PredicateEvaluation.h"
 
-#include "VelmarParser/Query/NodeAncestry.h"
 #include "VelmarPlatform/Basics/Overloaded.h"
 
 #include <algorithm>
@@ -97,23 +96,26 @@ private:
     return isAmong(test.names, node.type());
   }
   bool passes(ParseNode node, const Filter::HasParent& test) {
-    const auto parent = node.parent();
+    const auto parent = evaluator_.ancestry_.parentOf(node);
     return parent && isAmong(test.names, parent->type());
   }
   bool passes(ParseNode node, const Filter::HasAncestor& test) {
-    return anyAncestor(node,
-                       [&](ParseNode ancestor) { return isAmong(test.names, ancestor.type()); });
+    const auto way = evaluator_.ancestry_.wayTo(node);
+    return std::ranges::any_of(
+        way.first(way.empty() ? 0 : way.size() - 1),
+        [&](const NodeAncestry::Step& step) { return isAmong(test.names, step.node.type()); });
   }
   bool passes(ParseNode node, const Filter::HasParentField& test) {
-    const auto parent = node.parent();
-    return parent && isAmong(test.names, fieldNameOfChild(*parent, node));
+    const auto way = evaluator_.ancestry_.wayTo(node);
+    return !way.empty() && isAmong(test.names, fieldNameOf(way.back()));
   }
   bool passes(ParseNode node, const Filter::HasAncestorField& test) {
-    return anyFieldOnTheWay(node,
-                            [&](std::string_view field) { return isAmong(test.names, field); });
+    return std::ranges::any_of(
+        evaluator_.ancestry_.wayTo(node),
+        [&](const NodeAncestry::Step& step) { return isAmong(test.names, fieldNameOf(step)); });
   }
   bool passes(ParseNode node, const Filter::IsNthChild& test) {
-    const auto parent = node.parent();
+    const auto parent = evaluator_.ancestry_.parentOf(node);
     return parent && namedChildAt(*parent, test.index) == node;
   }
 

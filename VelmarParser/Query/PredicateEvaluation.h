@@ -3,6 +3,7 @@
 
 #include "VelmarCore/Text/RegularExpressionPass.h"
 #include "VelmarCore/Text/UTF16LineArray.h"
+#include "VelmarParser/Query/NodeAncestry.h"
 #include "VelmarParser/Query/NodeText.h"
 #include "VelmarParser/Query/QueryMatch.h"
 #include "VelmarParser/Query/QueryMatchMetadata.h"
@@ -80,6 +81,7 @@ private:
   RegularExpressionPass* pass_;
   std::u16string nodeScratch_;
   std::u16string otherScratch_;
+  NodeAncestry ancestry_;
 };
 
 } // namespace velmar
