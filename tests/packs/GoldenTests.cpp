@@ -100,7 +100,7 @@ std::string describe(const Parse::Layer& layer) {
 
 class PackGolden : public ::testing::TestWithParam<Sample> {
 protected:
-  PackGolden() : document(PackLanguages::make()->configuration(GetParam().language)) {
+  PackGolden() : document(PackLanguages::shared().configuration(GetParam().language)) {
     document.setErrorHandler([](const ParseConfiguration& language, std::string_view label,
                                 const std::exception& error) {
       ADD_FAILURE() << language.id().rawValue << ", " << label << ": " << error.what();

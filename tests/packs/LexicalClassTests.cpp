@@ -22,7 +22,7 @@ void PrintTo(const ClassCase& row, std::ostream* stream) {
 class PackLexicalClass : public ::testing::TestWithParam<ClassCase> {};
 
 TEST_P(PackLexicalClass, IsTheExpectedOne) {
-  Parse document(PackLanguages::make()->configuration(GetParam().language));
+  Parse document(PackLanguages::shared().configuration(GetParam().language));
   document.replaceSubrange({0, 0}, GetParam().text);
   const std::u16string_view before = GetParam().before;
   const auto offset =

@@ -1,5 +1,7 @@
 #include "tests/packs/PackFiles.h"
 
+#include "host/LanguageTable.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fmt/format.h>
@@ -33,22 +35,11 @@ std::vector<PackFile> languagePackFiles() {
 }
 
 std::shared_ptr<const Grammar> grammarOf(std::string_view language) {
-  // Most languages have the name of their grammar.
-  struct Other {
-    std::string_view language;
-    std::string_view grammar;
-  };
-  constexpr Other others[] = {
-      {"csharp", "c_sharp"},   {"html+ejs", "embedded_template"}, {"html+erb", "embedded_template"},
-      {"html+jinja", "jinja"}, {"php_embedded", "php_only"},      {"shell", "bash"},
-      {"tsq", "query"},
-  };
-  const auto other = std::ranges::find(others, language, &Other::language);
-  const auto builtIn =
-      Grammar::builtInFromRawValue(other == std::end(others) ? language : other->grammar);
-  if (!builtIn)
+  const host::Language* known = host::languageNamed(language);
+  // A pack under one of the language's other names would never be read.
+  if (!known || known->id.rawValue != language || !known->grammar)
     throw std::invalid_argument(fmt::format("No grammar is known for the pack “{}”.", language));
-  return Grammar::fromBuiltIn(*builtIn);
+  return Grammar::fromBuiltIn(*known->grammar);
 }
 
 } // namespace velmar::testing

@@ -1,6 +1,7 @@
 #include "tests/packs/PackLanguages.h"
 
 #include "VelmarParser/Query/TextEnumeration.h"
+#include "host/LanguageTable.h"
 #include "tests/packs/PackFiles.h"
 
 #include <vector>
@@ -10,6 +11,11 @@ namespace velmar::testing {
 std::shared_ptr<PackLanguages> PackLanguages::make() {
   static auto* const all = new std::vector<std::shared_ptr<PackLanguages>>;
   return all->emplace_back(std::make_shared<PackLanguages>());
+}
+
+PackLanguages& PackLanguages::shared() {
+  static const auto languages = make();
+  return *languages;
 }
 
 PackLanguages::PackLanguages() : reader_(packFolder()) {}
@@ -24,16 +30,10 @@ ParseConfiguration PackLanguages::configuration(std::string_view language) {
 
 std::optional<ParseConfiguration> PackLanguages::configurationMatching(std::string_view name,
                                                                        const ParseConfiguration&) {
-  if (name == "js")
-    name = "javascript";
-  if (name == "ts")
-    name = "typescript";
-  if (name == "md")
-    name = "markdown";
-  const auto builtIn = Grammar::builtInFromRawValue(name);
-  if (!builtIn || !Grammar::isAvailable(*builtIn))
+  const host::Language* language = host::languageNamed(name);
+  if (!language || !language->grammar || !Grammar::isAvailable(*language->grammar))
     return std::nullopt;
-  return configuration(name);
+  return configuration(language->id.rawValue);
 }
 
 std::optional<std::string> PackLanguages::queryTextFor(ParseQueryCategory category,

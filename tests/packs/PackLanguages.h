@@ -1,5 +1,5 @@
-// The languages that a test of packs needs: every built-in grammar under its own name, with the
-// queries of its pack if there is one.
+// The languages that a test of packs needs: those of the host, by their names and aliases, with the
+// queries of their packs if there are any.
 #pragma once
 
 #include "VelmarParser/Document/ParseConfiguration.h"
@@ -16,6 +16,8 @@ class PackLanguages : public ParseConfigurationResolving,
                       public std::enable_shared_from_this<PackLanguages> {
 public:
   static std::shared_ptr<PackLanguages> make();
+  /// One for all tests that don't need their own: it compiles each query once.
+  static PackLanguages& shared();
 
   PackLanguages();
 
