@@ -14,27 +14,52 @@ namespace {
 constexpr std::int64_t deepestIndentation = 60;
 constexpr std::int64_t longestShownText = 40;
 
-/// Calls `enter(cursor, node, depth)` for each node, parents first, and `leave()` behind the
-/// descendants of each.
+/// Whether some child of `node` stands in a field. Asked of nodes with very many children alone:
+/// the runtime's cursor tells a child's field the slower, the more children the node has.
+bool mayHaveFields(const ParseNode& node) {
+  constexpr std::uint32_t manyChildren = 1000;
+  const TSNode base = node.base();
+  if (ts_node_child_count(base) < manyChildren)
+    return true;
+  const std::uint32_t count = ts_language_field_count(ts_node_language(base));
+  for (std::uint32_t field = 1; field <= count; ++field) {
+    if (!ts_node_is_null(ts_node_child_by_field_id(base, static_cast<TSFieldId>(field))))
+      return true;
+  }
+  return false;
+}
+
+/// What a walk knows of the node that it is at.
+struct Place {
+  ParseNode node;
+  std::optional<std::string_view> field;
+  std::int64_t depth = 0;
+};
+
+/// Calls `enter(place)` for each node, parents first, and `leave()` behind the descendants of each.
 template <class Enter, class Leave>
 TreeCounts walk(const ParseTree& tree, Enter enter, Leave leave) {
   TreeCounts counts;
   auto cursor = ParseTreeCursor::startingAt(tree.rootNode());
-  for (std::int64_t depth = 0;;) {
+  std::vector<bool> haveFields; // of each node above
+  while (true) {
     const ParseNode node = *cursor.currentNode();
     ++counts.nodes;
     counts.errors += node.isError() ? 1 : 0;
     counts.missing += node.isMissing() ? 1 : 0;
-    enter(cursor, node, depth);
+    const bool ask = !haveFields.empty() && haveFields.back();
+    enter(Place{.node = node,
+                .field = ask ? cursor.currentFieldName() : std::nullopt,
+                .depth = std::ssize(haveFields)});
     if (cursor.goToFirstChild()) {
-      ++depth;
+      haveFields.push_back(mayHaveFields(node));
       continue;
     }
     leave();
     while (!cursor.goToNextSibling()) {
       if (!cursor.goToParent())
         return counts;
-      --depth;
+      haveFields.pop_back();
       leave();
     }
   }
@@ -76,10 +101,11 @@ class TreeLines {
 public:
   TreeLines(const DocumentText& text, Output& output) : text_(text), output_(output) {}
 
-  void write(const ParseTreeCursor& cursor, const ParseNode& node, std::int64_t depth) {
-    indent(depth);
-    if (const auto field = cursor.currentFieldName())
-      output_.write(fmt::format("{}: ", *field), Style::field);
+  void write(const Place& place) {
+    const ParseNode& node = place.node;
+    indent(place.depth);
+    if (place.field)
+      output_.write(fmt::format("{}: ", *place.field), Style::field);
     writeType(node);
     const auto range = node.utf16Range();
     const auto places = node.textRange();
@@ -123,11 +149,12 @@ void writePosition(JSONWriter& writer, std::string_view name, TextPosition posit
 }
 
 /// Opens the node's object and its array of children.
-void beginNode(JSONWriter& writer, const ParseTreeCursor& cursor, const ParseNode& node) {
+void beginNode(JSONWriter& writer, const Place& place) {
+  const ParseNode& node = place.node;
   writer.beginObject();
   writer.member("type", node.type().value_or(""));
-  if (const auto field = cursor.currentFieldName())
-    writer.member("field", *field);
+  if (place.field)
+    writer.member("field", *place.field);
   writer.member("named", node.isNamed());
   if (node.isError())
     writer.member("error", true);
@@ -150,20 +177,12 @@ void beginNode(JSONWriter& writer, const ParseTreeCursor& cursor, const ParseNod
 
 TreeCounts printTree(const ParseTree& tree, const DocumentText& text, Output& output) {
   TreeLines lines(text, output);
-  return walk(
-      tree,
-      [&](const ParseTreeCursor& cursor, const ParseNode& node, std::int64_t depth) {
-        lines.write(cursor, node, depth);
-      },
-      [] {});
+  return walk(tree, [&](const Place& place) { lines.write(place); }, [] {});
 }
 
 TreeCounts writeTreeAsJSON(const ParseTree& tree, JSONWriter& writer) {
   return walk(
-      tree,
-      [&](const ParseTreeCursor& cursor, const ParseNode& node, std::int64_t) {
-        beginNode(writer, cursor, node);
-      },
+      tree, [&](const Place& place) { beginNode(writer, place); },
       [&] {
         writer.endArray();
         writer.endObject();

@@ -101,6 +101,18 @@ TEST_F(TreeCommand, TreesAsDeepAsTheirTextIsLongArePrinted) {
                                     "\n"));
 }
 
+TEST_F(TreeCommand, NodesWithVeryManyChildrenKeepTheirFields) {
+  std::string source = "class Big {\n";
+  for (int member = 0; member < 1200; ++member)
+    source += "  m() {}\n";
+  const auto result = runHost({"tree", fileWith("big.js", source + "}\n")});
+  std::int64_t members = 0;
+  for (std::size_t at = result.output.find(" member: "); at != std::string::npos;
+       at = result.output.find(" member: ", at + 1))
+    ++members;
+  EXPECT_EQ(members, 1200);
+}
+
 struct BadInput {
   const char* name;
   /// Written to a file of this name, unless that is empty.
