@@ -3,6 +3,7 @@
 #include "VelmarPlatform/Basics/Precondition.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fmt/format.h>
 #include <fstream>
 #include <iterator>
@@ -45,9 +46,11 @@ std::optional<std::string> contentsOf(const FilePath& file) {
 
 /// The text so far, with the packs that are in it and those that wait for their parents.
 struct PackReader::Assembly {
-  PackText made;
-  std::vector<std::string> done;
-  std::vector<std::string> waiting;
+  /// Below each pack's folder, without the extension: "highlights".
+  std::string textName;
+  PackText made = {};
+  std::vector<std::string> done = {};
+  std::vector<std::string> waiting = {};
 };
 
 PackText::Place PackText::placeOf(std::int64_t offset) const {
@@ -60,17 +63,30 @@ PackText::Place PackText::placeOf(std::int64_t offset) const {
 
 std::optional<PackText> PackReader::textFor(std::string_view language,
                                             std::string_view category) const {
-  Assembly assembly;
-  if (!append(language, category, assembly))
+  Assembly assembly{.textName = std::string(category)};
+  if (!isFolderName(category) || !append(language, assembly))
     return std::nullopt;
   return std::move(assembly.made);
 }
 
-bool PackReader::append(std::string_view pack, std::string_view category,
-                        Assembly& assembly) const {
-  if (!isFolderName(pack) || !isFolderName(category))
+std::optional<PackText> PackReader::textNamed(std::string_view language,
+                                              std::string_view name) const {
+  Assembly assembly{.textName = fmt::format("named/{}", name)};
+  if (!isFolderName(name) || !append(language, assembly))
+    return std::nullopt;
+  return std::move(assembly.made);
+}
+
+bool PackReader::hasPack(std::string_view language) const {
+  std::error_code failure;
+  return isFolderName(language) &&
+         std::filesystem::is_directory(folder_.appending(language).string(), failure);
+}
+
+bool PackReader::append(std::string_view pack, Assembly& assembly) const {
+  if (!isFolderName(pack))
     return false;
-  std::string file = fmt::format("{}/{}.scm", pack, category);
+  std::string file = fmt::format("{}/{}.scm", pack, assembly.textName);
   const auto text = contentsOf(folder_.appending(file));
   if (!text)
     return false;
@@ -81,9 +97,9 @@ bool PackReader::append(std::string_view pack, std::string_view category,
       throw PackError(fmt::format("The pack “{}” inherits itself.", file));
     if (std::ranges::find(assembly.done, parent) != assembly.done.end())
       continue;
-    if (!append(parent, category, assembly))
-      throw PackError(
-          fmt::format("The pack “{}” inherits “{}”, which has no {}.", file, parent, category));
+    if (!append(parent, assembly))
+      throw PackError(fmt::format("The pack “{}” inherits “{}”, which has no {}.", file, parent,
+                                  assembly.textName));
   }
   assembly.waiting.pop_back();
 

@@ -58,10 +58,16 @@ public:
   /// none. Throws PackError. Reads files.
   [[nodiscard]] std::optional<PackText> textFor(std::string_view language,
                                                 std::string_view category) const;
+  /// The same for a text that other queries refer to by name: `named/NAME.scm` in the pack. What it
+  /// inherits are named texts too.
+  [[nodiscard]] std::optional<PackText> textNamed(std::string_view language,
+                                                  std::string_view name) const;
+  /// Whether there is a pack of that language, whatever is in it.
+  [[nodiscard]] bool hasPack(std::string_view language) const;
 
 private:
   struct Assembly;
-  bool append(std::string_view pack, std::string_view category, Assembly& assembly) const;
+  bool append(std::string_view pack, Assembly& assembly) const;
 
   FilePath folder_;
 };

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -32,6 +33,8 @@ public:
   void write(std::string_view text, Style style);
   /// Delivers what has been collected. Throws BrokenPipe, or SystemError if it can't be written.
   void flush();
+  /// Whether the reader shows styles.
+  [[nodiscard]] bool isStyled() const noexcept { return isStyled_; }
 
 protected:
   virtual void deliver(std::string_view text) = 0;
@@ -79,6 +82,12 @@ struct Streams {
   /// Notes and errors, a sentence to a line.
   Output& errors;
   std::function<std::chrono::nanoseconds()> now;
+  /// A variable of the environment; without a function there are none.
+  std::function<std::optional<std::string>(std::string_view name)> environment = {};
+
+  [[nodiscard]] std::optional<std::string> variable(std::string_view name) const {
+    return environment ? environment(name) : std::nullopt;
+  }
 };
 
 } // namespace velmar::host

@@ -3,6 +3,7 @@
 #include "host/CommandLine.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <unistd.h>
 
 int main(int argc, char** argv) {
@@ -19,6 +20,11 @@ int main(int argc, char** argv) {
           [] {
             return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch());
           },
+      .environment = [](std::string_view name) -> std::optional<std::string> {
+        const char* value = std::getenv(
+            std::string(name).c_str()); // NOLINT(concurrency-mt-unsafe): nobody sets any
+        return value ? std::optional<std::string>(value) : std::nullopt;
+      },
   };
   const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
   return static_cast<int>(velmar::host::runCommandLine(words, streams));
