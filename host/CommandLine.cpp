@@ -3,6 +3,7 @@
 #include "VelmarParser/Grammar/Grammar.h"
 #include "VelmarPlatform/Unicode/UTF.h"
 #include "host/LanguagesCommand.h"
+#include "host/ShowCommand.h"
 #include "host/TreeCommand.h"
 
 #include <algorithm>
@@ -78,8 +79,8 @@ void help(std::span<const std::string> words, Streams& streams) {
 /// What somebody sees who runs the program to find out what it is.
 void showWhatItCanDo(Streams& streams) {
   writeOverview(streams.output);
-  streams.output.write("\nHere is the tree of a small sample:\n\n");
-  showSampleTree(streams);
+  streams.output.write("\nHere is a small page with its layers, as “velmar show” paints it:\n\n");
+  showSamplePage(streams);
 }
 
 /// Options may stand anywhere, so help can be asked for behind a half-typed command; but not behind
@@ -135,7 +136,7 @@ ExitCode reportingFailures(Streams& streams, Body&& body) {
 } // namespace
 
 std::span<const Command> commands() {
-  static const Command all[] = {treeCommand(), languagesCommand()};
+  static const Command all[] = {showCommand(), treeCommand(), languagesCommand()};
   return all;
 }
 

@@ -3,7 +3,7 @@
 #include "VelmarParser/Grammar/ParseInput.h"
 #include "VelmarParser/Grammar/Parser.h"
 #include "VelmarPlatform/Unicode/UTF.h"
-#include "host/LanguageTable.h"
+#include "host/LanguageChoice.h"
 #include "host/SourceText.h"
 #include "host/TreePrinter.h"
 
@@ -12,37 +12,6 @@
 namespace velmar::host {
 
 namespace {
-
-constexpr std::string_view sample = "const answer = 6 * 7;\n";
-
-/// The units of a first line that an interpreter could be named in.
-constexpr std::int64_t longestInterpreterLine = 256;
-
-/// The language that the user names, or that the file's name or first line speaks for.
-const Language& languageFor(const SourceText& source, std::optional<std::string_view> wanted) {
-  if (wanted) {
-    if (const Language* named = languageNamed(*wanted))
-      return *named;
-    std::vector<std::string_view> names;
-    for (const Language& language : languages())
-      names.push_back(language.id.rawValue);
-    throw UsageError(
-        fmt::format("There is no language “{}”{}", *wanted, endWithSuggestion(*wanted, names)));
-  }
-  const std::int64_t length =
-      std::min(source.text->rangeOfLine(0).length(), longestInterpreterLine);
-  const std::string firstLine = utf8RepairingUTF16(source.text->substringFor({0, length}));
-  if (const Language* detected = languageOf(source.filename, firstLine))
-    return *detected;
-  throw Error(
-      fmt::format("Could not tell the language of {}; name it with --language.", source.name));
-}
-
-std::shared_ptr<const Grammar> grammarOf(const Language& language) {
-  if (!language.grammar)
-    throw Error(fmt::format("There is no grammar for the language “{}”.", language.id.rawValue));
-  return Grammar::fromBuiltIn(*language.grammar);
-}
 
 struct Parsed {
   ParseTree tree;
@@ -138,15 +107,6 @@ Command treeCommand() {
                    {"velmar tree page.html --json", "For other programs."}},
       .run = run,
   };
-}
-
-void showSampleTree(Streams& streams) {
-  DocumentText text;
-  text.replaceSubrange({0, 0}, sample);
-  streams.output.write(sample, Style::heading);
-  const Parsed parsed =
-      parse(text, "javascript", Grammar::fromBuiltIn(Grammar::BuiltIn::javascript), streams);
-  printText(parsed, text, "javascript", streams.output);
 }
 
 } // namespace velmar::host

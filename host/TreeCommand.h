@@ -7,7 +7,4 @@ namespace velmar::host {
 
 [[nodiscard]] Command treeCommand();
 
-/// Prints the tree of a few lines that the program brings with it.
-void showSampleTree(Streams& streams);
-
 } // namespace velmar::host
