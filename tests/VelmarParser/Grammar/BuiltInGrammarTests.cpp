@@ -13,7 +13,7 @@ namespace {
 
 using testing::ParsedText;
 
-const std::string sampleFolder = VELMAR_SOURCE_DIR "/tests/VelmarParser/Grammar/samples";
+const std::string sampleFolder = VELMAR_SOURCE_DIR "/tests/VelmarParser/Fixtures";
 
 std::vector<Grammar::BuiltIn> availableGrammars() {
   std::vector<Grammar::BuiltIn> list;
