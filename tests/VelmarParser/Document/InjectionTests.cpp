@@ -90,7 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
                       {"json: [1, 2]"}},
         InjectionCase{
             "NodesDecideWhereStartAndEndAreOutOfOrder",
-            R"((array "[" @injection.content.end "]" @injection.content.start (number) @injection.content
+            R"((array "[" @injection.content.end (number) @injection.content "]" @injection.content.start
                           (#set! "injection.language" "json")))",
             u"x = [1]",
             {"json: 1"}},
@@ -150,12 +150,13 @@ TEST(Injection, AnEditInsideMakesANewLayerAndReportsIt) {
 }
 
 TEST(Injection, NestingEndsAtItsLimit) {
-  // Each string holds the next one, escaped by other quotes in turn, through an injection of the
-  // language into itself.
-  Parse document(javascriptWith(R"((parenthesized_expression "(" @injection.content.start ")"
-                                @injection.content.end(#set !"injection.self"))) "));
-      document.replaceSubrange({0, 0},
-                               std::u16string(100, u'(') + u"1" + std::u16string(100, u')'));
+  // Only the outermost brackets of a layer inject: were it all of them, layers would double at each
+  // depth.
+  Parse document(javascriptWith(R"q(
+    (program (expression_statement
+      (parenthesized_expression "(" @injection.content.start ")" @injection.content.end))
+      (#set! "injection.self")))q"));
+  document.replaceSubrange({0, 0}, std::u16string(100, u'(') + u"1" + std::u16string(100, u')'));
   std::int64_t deepest = 0;
   for (const Parse::Layer& layer : document.layersIntersecting({100, 101}))
     deepest = std::max(deepest, layer.depth());
@@ -239,7 +240,7 @@ TEST(Highlight, SpansComeInTheOrderToPaintIn) {
 
 TEST(Highlight, HiddenCapturesAreThereToRead) {
   Parse document(painted(
-      R"((call_expression function: (identifier) @_name) @call (#set! "k" "v") (#set! @_name "own"))"));
+      R"(((call_expression function: (identifier) @_name) @call (#set! "k" "v") (#set! @_name "own")))"));
   document.replaceSubrange({0, 0}, u"f(1); g(2)");
   const HighlightResults results = highlight(document.rootLayer(), {0, 10});
   ASSERT_EQ(results.matchCount(), 2);
@@ -262,7 +263,7 @@ struct SpanCase {
 
 TEST(LexicalSpans, LaterRangesCoverThoseOfOtherClasses) {
   const SpanCase cases[] = {
-      {"(call_expression) @keyword (string) @string", u"f('a', 1)", "kksssskkk"},
+      {"(call_expression) @keyword (string) @string", u"f('a', 1)", "kkssskkkk"},
       {"(call_expression) @string (string) @string", u"f('a')", "ssssss"},
       {"(identifier) @variable (comment) @comment.string", u"a /*b*/", "..ccccc"},
       {"(regex) @regex (string) @no-class", u"/a/ + 'x'", "rrr......"},
