@@ -95,7 +95,7 @@ void playOnSets(std::span<const Operation> operations) {
       set.formSymmetricDifference(other);
       combine([](bool left, bool right) { return left != right; });
       break;
-    case 7:
+    default:
       std::swap(set, other);
       std::swap(bits, otherBits);
       break;
@@ -161,6 +161,7 @@ void playOnArrays(std::span<const Operation> operations) {
     case 2: {
       pairs = {{value, 1 + length % 3}, {value / 2, 1}};
       std::vector<typename Array::Pair> laid;
+      laid.reserve(pairs.size());
       for (const auto& [laidValue, count] : pairs)
         laid.push_back({laidValue, count});
       array.replaceSubrangeWithPairs({lower, upper}, laid);
@@ -172,7 +173,7 @@ void playOnArrays(std::span<const Operation> operations) {
       array.replaceSubrange({lower, upper}, value, 1 + length / 2);
       model.replace(lower, upper, pairs);
       break;
-    case 4:
+    default:
       std::swap(array, oldArray); // both are right, whatever happened to the other
       std::swap(model, oldModel);
       if (value % 2 == 0) {

@@ -26,17 +26,20 @@ public:
       box_->owners.fetch_add(1, std::memory_order_relaxed);
   }
   CopyOnWrite(CopyOnWrite&& other) noexcept : box_(std::exchange(other.box_, nullptr)) {}
-  CopyOnWrite& operator=(const CopyOnWrite& other) noexcept { return *this = CopyOnWrite(other); }
+  CopyOnWrite& operator=(const CopyOnWrite& other) noexcept {
+    if (this != &other)
+      *this = CopyOnWrite(other);
+    return *this;
+  }
   CopyOnWrite& operator=(CopyOnWrite&& other) noexcept {
     std::swap(box_, other.box_);
     return *this;
   }
-  ~CopyOnWrite() {
-    release();
-  } // NOLINT(clang-analyzer-cplusplus.NewDelete): it doesn't count owners
+  ~CopyOnWrite() { release(); }
 
   /// The value. Valid until this object is written, assigned or destroyed.
   [[nodiscard]] const Value& read() const noexcept {
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the analyzer doesn't count owners
     return box_ != nullptr ? box_->value : empty();
   }
 

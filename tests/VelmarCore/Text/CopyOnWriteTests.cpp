@@ -28,7 +28,9 @@ TEST(CopyOnWrite, AnOwnerAloneWritesInPlace) {
   one.write() = {1, 2, 3};
   const int* const place = one.read().data();
   {
-    const Numbers passing = one;
+    Numbers passing;
+    passing = one;
+    EXPECT_TRUE(one.isShared());
   }
   one.write()[0] = 9;
   EXPECT_EQ(one.read().data(), place);
