@@ -2,6 +2,7 @@
 
 #include "VelmarParser/Grammar/Grammar.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "host/ExplainCommand.h"
 #include "host/LanguagesCommand.h"
 #include "host/ShowCommand.h"
 #include "host/TreeCommand.h"
@@ -136,7 +137,7 @@ ExitCode reportingFailures(Streams& streams, Body&& body) {
 } // namespace
 
 std::span<const Command> commands() {
-  static const Command all[] = {showCommand(), treeCommand(), languagesCommand()};
+  static const Command all[] = {showCommand(), explainCommand(), treeCommand(), languagesCommand()};
   return all;
 }
 

@@ -19,7 +19,7 @@ header { padding: 1em 1.5em 0.8em; border-bottom: 1px solid var(--rule); }
 h1 { margin: 0; font-size: 1.15em; }
 header p { margin: 0.2em 0 0; color: var(--faint); }
 pre { margin: 0; padding: 1em 1.5em 3em 0; font: inherit; tab-size: 4; overflow-x: auto; }
-.n { display: inline-block; width: 5ch; margin-right: 2ch; text-align: right; color: var(--faint); text-decoration: none; user-select: none; font-style: normal; font-weight: normal; }
+.n { display: inline-block; width: 5ch; padding-right: 2ch; text-align: right; background: var(--paper); color: var(--faint); text-decoration: none; user-select: none; font-style: normal; font-weight: normal; }
 .n::before { counter-increment: line; content: counter(line); }
 .layer:hover, .shown .layer { background: rgba(var(--tint), 0.09); }
 .shown .layer:hover { background: rgba(var(--tint), 0.2); }

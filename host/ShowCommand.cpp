@@ -122,8 +122,12 @@ void showAsPage(const OpenDocument& document, TextRange range, const ShowOptions
                     .firstLine = options.lines.lowerBound + 1,
                     .showsLayers = options.showsLayers},
                    output);
-  page.writeHead(fmt::format("{} · {} lines · {} layers", document.language().rawValue,
-                             document.parse().text().lineCount(), painter.layers().size()));
+  const auto counted = [](auto count, std::string_view what) {
+    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+  };
+  page.writeHead(fmt::format("{} · {} · {}", document.language().rawValue,
+                             counted(document.parse().text().lineCount(), "line"),
+                             counted(painter.layers().size(), "layer")));
   page.write(range);
   page.writeFoot();
 }
