@@ -4,6 +4,7 @@
 #include "VelmarPlatform/Unicode/UTF.h"
 #include "host/ExplainCommand.h"
 #include "host/LanguagesCommand.h"
+#include "host/ReplayCommand.h"
 #include "host/ShowCommand.h"
 #include "host/TreeCommand.h"
 
@@ -137,7 +138,8 @@ ExitCode reportingFailures(Streams& streams, Body&& body) {
 } // namespace
 
 std::span<const Command> commands() {
-  static const Command all[] = {showCommand(), explainCommand(), treeCommand(), languagesCommand()};
+  static const Command all[] = {showCommand(), explainCommand(), treeCommand(), replayCommand(),
+                                languagesCommand()};
   return all;
 }
 
