@@ -4,8 +4,10 @@
 #include "VelmarParser/Grammar/Parser.h"
 #include "VelmarPlatform/Unicode/UTF.h"
 #include "host/LanguageChoice.h"
+#include "host/OpenDocument.h"
 #include "host/SourceText.h"
 #include "host/TreePrinter.h"
+#include "host/TreeWatch.h"
 
 #include <fmt/format.h>
 
@@ -68,11 +70,31 @@ void printJSON(const Parsed& parsed, const DocumentText& text, std::string_view 
   output.write("\n");
 }
 
+/// Until the user ends it.
+void watch(const Arguments& arguments, Streams& streams) {
+  const std::string& path = arguments.operands.front();
+  if (arguments.has("--json"))
+    throw UsageError("“--watch” and “--json” don’t go together.");
+  if (path == "-")
+    throw UsageError("Standard input can’t be watched.");
+  // First of all, for a change may come while the file is being read.
+  FileWatch fileWatch{FilePath(path)};
+  const auto document = OpenDocument::fromFile(path, OpenOptions::from(arguments), streams);
+  const Parse& parse = document->parse();
+  streams.output.write(fmt::format(
+      "{}: {}, {}, {}, {:.2f} ms. Watching; Ctrl-C ends it.\n", document->language().rawValue,
+      counted(parse.count(), "unit", "units"), counted(parse.text().lineCount(), "line", "lines"),
+      counted(std::ssize(parse.layers()), "layer", "layers"), milliseconds(document->loadTime())));
+  watchDocument(*document, path, fileWatch, streams);
+}
+
 void run(const Arguments& arguments, Streams& streams) {
   if (arguments.operands.size() != 1)
     throw UsageError(arguments.operands.empty()
                          ? "“velmar tree” needs a file, or “-” for standard input."
                          : "“velmar tree” takes one file at a time.");
+  if (arguments.has("--watch"))
+    return watch(arguments, streams);
   const SourceText source = readSource(arguments.operands.front(), streams);
   for (const std::string& note : source.notes)
     streams.errors.write(fmt::format("velmar: {}\n", note));
@@ -100,11 +122,13 @@ Command treeCommand() {
           "\n"
           "FILE is “-” for standard input. Its name or its interpreter line tells the language.\n",
       .options = {{"--language", "ID", "Parse as this language, whatever the file is called."},
-                  {"--json", "", "Print nested JSON instead."}},
+                  {"--json", "", "Print nested JSON instead."},
+                  {"--watch", "", "Parse again as the file changes, and print what changed."}},
       .examples = {{"velmar tree main.c", "The tree of a C file."},
                    {"velmar tree --language json notes", "A file whose name says nothing."},
                    {"echo 'a = 1' | velmar tree - --language lua", "A text from a pipe."},
-                   {"velmar tree page.html --json", "For other programs."}},
+                   {"velmar tree page.html --json", "For other programs."},
+                   {"velmar tree page.html --watch", "A line for each time it is saved."}},
       .run = run,
   };
 }
