@@ -2,15 +2,6 @@
 
 namespace velmar {
 
-namespace {
-
-/// The runtime numbers the lists of captures of matches in progress with 16 bits, but by default
-/// lets them become more than that; then they get mixed up. Behind this limit it drops the match
-/// that began first.
-constexpr std::uint32_t largestMatchLimit = 0xFFFF;
-
-} // namespace
-
 QueryCursor::QueryCursor(const Query::Matches& matches) {
   const auto [lower, upper] = matches.byteRange();
   // To the runtime, an upper bound of 0 means no bound at all.
@@ -18,7 +9,7 @@ QueryCursor::QueryCursor(const Query::Matches& matches) {
     return;
   base_.reset(ts_query_cursor_new());
   precondition(base_ != nullptr, "There is no memory for a query cursor.");
-  ts_query_cursor_set_match_limit(base_.get(), largestMatchLimit);
+  ts_query_cursor_set_match_limit(base_.get(), mostMatchesInProgress);
   ts_query_cursor_set_byte_range(base_.get(), lower.value, upper.value);
   ts_query_cursor_exec(base_.get(), matches.query().base(), matches.node().base());
 }

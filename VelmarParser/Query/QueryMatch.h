@@ -277,6 +277,14 @@ private:
   Range<TreeByte> byteRange_;
 };
 
+/// How many matches, begun and not ended, a search remembers; behind that the one that began first
+/// is dropped.
+///
+/// The runtime compares all that are in progress with each other at each node. Queries that editors
+/// use keep fewer than 32 of them, but `(array (_) @a (_) @b)` in a data file of some thousand
+/// elements would keep millions, for minutes.
+inline constexpr std::uint32_t mostMatchesInProgress = 256;
+
 /// A search under way, which fills one match object after the other. Owns the runtime's cursor; one
 /// thread.
 class QueryCursor {
@@ -285,6 +293,10 @@ public:
 
   /// Puts the next match into `match`, which is one of the same query; false at the end.
   bool next(Query::Match& match);
+  /// Whether matches have been dropped because too many were in progress.
+  [[nodiscard]] bool hasDroppedMatches() const noexcept {
+    return base_ && ts_query_cursor_did_exceed_match_limit(base_.get());
+  }
 
 private:
   struct Deleter {

@@ -98,6 +98,12 @@ public:
   /// The regular expressions that used up their time in this walk and matched nothing from then on.
   [[nodiscard]] std::vector<std::string> patternsOff() const { return pass_->patternsOff(); }
 
+  /// Whether the query has so many matches at once here that some were dropped (see
+  /// `mostMatchesInProgress`).
+  [[nodiscard]] bool hasDroppedMatches() const noexcept {
+    return cursor_ && cursor_->hasDroppedMatches();
+  }
+
 private:
   void advance();
   bool survives();

@@ -234,6 +234,28 @@ TEST(Query, TheMatchesOfARangeTouchIt) {
   EXPECT_EQ(numbers({12, 99}), "");
 }
 
+TEST(Query, MatchesInProgressAreLimited) {
+  std::string source = "[0";
+  for (int index = 1; index < 600; ++index)
+    source += ", " + std::to_string(index);
+  const ParsedText parsed(Grammar::BuiltIn::json, source + "]");
+  const auto lastOf = [&](const char* queryText, bool& hasDropped) {
+    std::string last;
+    const QueryMatches matches = parsed.matches(queryText);
+    for (auto match = matches.begin(); match != matches.end(); ++match) {
+      last = parsed.textOf(match->captures()[0].node());
+      hasDropped = match.hasDroppedMatches();
+    }
+    return last;
+  };
+  bool hasDropped = false;
+  EXPECT_EQ(lastOf("(array (number) @a)", hasDropped), "599");
+  EXPECT_FALSE(hasDropped);
+  EXPECT_EQ(lastOf("(array (number) @a (number) @b)", hasDropped),
+            "598"); // the last to begin stay
+  EXPECT_TRUE(hasDropped);
+}
+
 TEST(Query, ADisabledCaptureIsLeftOut) {
   const ParsedText parsed(Grammar::BuiltIn::json, "{\"a\": 1}");
   Query query("(pair key: (_) @k value: (_) @v) @p", parsed.grammar());
