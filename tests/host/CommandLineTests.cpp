@@ -15,14 +15,14 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using velmar::testing::runHost;
 
-TEST(CommandLine, WithoutACommandItShowsWhatItCanDoAndASampleTree) {
+TEST(CommandLine, WithoutACommandItShowsWhatItCanDoAndASamplePage) {
   const auto result = runHost({});
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_EQ(result.errors, "");
   EXPECT_THAT(result.output, HasSubstr("velmar tree FILE [--language ID] [--json]"));
   EXPECT_THAT(result.output, HasSubstr("velmar languages"));
-  EXPECT_THAT(result.output, HasSubstr("    kind: \"const\" 0..<5 0:0-0:5\n"));
-  EXPECT_THAT(result.output, HasSubstr("javascript: 22 units, 2 lines, 11 nodes, 1.50 ms\n"));
+  EXPECT_THAT(result.output, HasSubstr("\n    jsdoc  8:3-9:40\n")) << "a layer inside a layer";
+  EXPECT_THAT(result.output, HasSubstr("<!DOCTYPE html>\n"));
 }
 
 TEST(CommandLine, PrintsItsVersion) {
