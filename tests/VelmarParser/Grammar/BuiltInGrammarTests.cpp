@@ -2,7 +2,7 @@
 #include "VelmarPlatform/Files/FileContents.h"
 #include "VelmarPlatform/Unicode/UTF.h"
 #include "tests/Support/Trees.h"
-#include "tests/VelmarParser/Grammar/ParsedText.h"
+#include "tests/VelmarParser/Grammar/ParsedSource.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 namespace velmar {
 namespace {
 
-using testing::ParsedText;
+using testing::ParsedSource;
 
 const std::string sampleFolder = VELMAR_SOURCE_DIR "/tests/VelmarParser/Fixtures";
 
@@ -34,7 +34,7 @@ std::u16string sampleFor(std::string_view id) {
 }
 
 /// The first ERROR or MISSING node, as "line:column type"; empty if there is none.
-std::string firstProblem(const ParsedText& parsed) {
+std::string firstProblem(const ParsedSource& parsed) {
   std::string problem;
   auto cursor = ParseTreeCursor::startingAt(parsed.root());
   cursor.enumerate([&](const ParseNode& node) {
@@ -52,7 +52,7 @@ class BuiltInGrammar : public ::testing::TestWithParam<Grammar::BuiltIn> {};
 TEST_P(BuiltInGrammar, ParsesARealLookingSample) {
   const std::u16string sample = sampleFor(Grammar::rawValueOf(GetParam()));
   ASSERT_FALSE(sample.empty());
-  const ParsedText parsed(GetParam(), sample);
+  const ParsedSource parsed(GetParam(), sample);
   EXPECT_EQ(firstProblem(parsed), "");
   EXPECT_FALSE(parsed.root().hasError());
   EXPECT_EQ(parsed.root().utf16Range().upperBound, std::ssize(sample));
@@ -60,7 +60,7 @@ TEST_P(BuiltInGrammar, ParsesARealLookingSample) {
 
 TEST_P(BuiltInGrammar, SeesTheSameThroughTheLinesAsInOnePiece) {
   const std::u16string sample = sampleFor(Grammar::rawValueOf(GetParam()));
-  const ParsedText parsed(GetParam(), sample);
+  const ParsedSource parsed(GetParam(), sample);
   const ParseTree whole = testing::parseInOnePiece(GetParam(), sample);
   EXPECT_EQ(testing::treeDifference(parsed.root().base(), whole.rootNode().base()), "");
 }

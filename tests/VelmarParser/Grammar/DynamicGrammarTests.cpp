@@ -1,6 +1,6 @@
 #include "VelmarParser/Grammar/Grammar.h"
 #include "VelmarParser/Grammar/Parser.h"
-#include "tests/VelmarParser/Grammar/ParsedText.h"
+#include "tests/VelmarParser/Grammar/ParsedSource.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

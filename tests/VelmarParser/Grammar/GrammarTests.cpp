@@ -1,7 +1,7 @@
 #include "VelmarParser/Grammar/Grammar.h"
 
 #include "VelmarParser/Grammar/Parser.h"
-#include "tests/VelmarParser/Grammar/ParsedText.h"
+#include "tests/VelmarParser/Grammar/ParsedSource.h"
 
 #include <gtest/gtest.h>
 
@@ -50,7 +50,7 @@ TEST(Grammar, HasAVersionAndNameFromABI15On) {
 }
 
 TEST(Grammar, LookaheadGivesWhatCanFollow) {
-  const testing::ParsedText parsed(Grammar::BuiltIn::json, u"{\"a\": 1}");
+  const testing::ParsedSource parsed(Grammar::BuiltIn::json, u"{\"a\": 1}");
   const auto grammar = Grammar::fromBuiltIn(Grammar::BuiltIn::json);
   const ParseNode key = parsed.root().namedChildren()[0].namedChildren()[0].namedChildren()[0];
   auto lookahead = grammar->lookaheadFor({ts_node_next_parse_state(key.base())});

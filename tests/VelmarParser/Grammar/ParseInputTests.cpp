@@ -1,14 +1,14 @@
 #include "VelmarParser/Grammar/ParseInput.h"
 
 #include "tests/Support/Trees.h"
-#include "tests/VelmarParser/Grammar/ParsedText.h"
+#include "tests/VelmarParser/Grammar/ParsedSource.h"
 
 #include <gtest/gtest.h>
 
 namespace velmar {
 namespace {
 
-using testing::ParsedText;
+using testing::ParsedSource;
 
 struct WholeCase {
   const char* name;
@@ -21,7 +21,7 @@ struct WholeCase {
 class ParseInputWhole : public ::testing::TestWithParam<WholeCase> {};
 
 TEST_P(ParseInputWhole, GivesTheTreeOfTheTextInOnePiece) {
-  const ParsedText parsed(GetParam().grammar, GetParam().text);
+  const ParsedSource parsed(GetParam().grammar, GetParam().text);
   const ParseTree whole = testing::parseInOnePiece(GetParam().grammar, GetParam().seen);
   EXPECT_EQ(testing::treeDifference(parsed.root().base(), whole.rootNode().base()), "");
   EXPECT_EQ(parsed.root().hasError(), whole.rootNode().hasError());

@@ -1,6 +1,6 @@
 #include "VelmarParser/Grammar/ParseTree.h"
 
-#include "tests/VelmarParser/Grammar/ParsedText.h"
+#include "tests/VelmarParser/Grammar/ParsedSource.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 namespace velmar {
 namespace {
 
-using testing::ParsedText;
+using testing::ParsedSource;
 using Action = ParseTreeCursor::EnumerateAction;
 
 /// The types of the nodes that a walk sees, whose action for each type `action` says.
@@ -27,14 +27,14 @@ std::string walk(ParseTreeCursor& cursor, Choose action) {
 constexpr auto goOn = [](const ParseNode&) { return Action::next; };
 
 TEST(ParseTreeCursor, NextVisitsEveryNodeInPreOrder) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[1, [null], 2]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[1, [null], 2]");
   auto cursor = ParseTreeCursor::startingAt(parsed.root());
   EXPECT_EQ(walk(cursor, goOn), "document array [ number , array [ null ] , number ]");
   EXPECT_EQ(cursor.currentNode(), parsed.root()); // the walk ends where it can't go further up
 }
 
 TEST(ParseTreeCursor, SkipDescendantsGoesOnBehindTheNode) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[1, [null], 2]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[1, [null], 2]");
   auto cursor = ParseTreeCursor::startingAt(parsed.root());
   const auto skipInner = [](const ParseNode& node) {
     return node.type() == "array" && node.startByte().value > 0 ? Action::skipDescendants
@@ -44,7 +44,7 @@ TEST(ParseTreeCursor, SkipDescendantsGoesOnBehindTheNode) {
 }
 
 TEST(ParseTreeCursor, StopEndsTheWalkAtTheNode) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[1, [null], 2]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[1, [null], 2]");
   auto cursor = ParseTreeCursor::startingAt(parsed.root());
   EXPECT_EQ(walk(cursor, [](const ParseNode&) { return Action::stop; }), "document");
   const auto stopAtNull = [](const ParseNode& node) {
@@ -55,20 +55,20 @@ TEST(ParseTreeCursor, StopEndsTheWalkAtTheNode) {
 }
 
 TEST(ParseTreeCursor, AWalkStaysInsideTheNodeThatTheCursorStartedAt) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[1, [null], 2]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[1, [null], 2]");
   const ParseNode inner = parsed.root().namedChildren()[0].namedChildren()[1];
   auto cursor = ParseTreeCursor::startingAt(inner);
   EXPECT_EQ(walk(cursor, goOn), "array [ null ]");
 }
 
 TEST(ParseTreeCursor, WhatTheBodyThrowsPassesThrough) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[1]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[1]");
   auto cursor = ParseTreeCursor::startingAt(parsed.root());
   EXPECT_THROW(cursor.enumerate([](const ParseNode&) -> Action { throw 7; }), int);
 }
 
 TEST(ParseTreeCursor, AChildForAByteBehindTheNodeIsAbsentAndTheCursorStays) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[1, 2]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[1, 2]");
   auto cursor = ParseTreeCursor::startingAt(parsed.root().namedChildren()[0]);
   EXPECT_EQ(cursor.goToFirstChildForByte(6 * 2), std::nullopt);
   EXPECT_EQ(cursor.goToFirstChildFor({.line = 3, .column = 0}), std::nullopt);
@@ -76,7 +76,7 @@ TEST(ParseTreeCursor, AChildForAByteBehindTheNodeIsAbsentAndTheCursorStays) {
 }
 
 TEST(ParseTreeCursor, FindsTheFirstChildThatReachesBeyondAPlace) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[1,\n 22]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[1,\n 22]");
   auto cursor = ParseTreeCursor::startingAt(parsed.root().namedChildren()[0]);
   EXPECT_EQ(cursor.goToFirstChildForByte(6 * 2), 3);
   EXPECT_EQ(cursor.currentNode()->utf16Range(), TextRange(5, 7));
@@ -85,7 +85,7 @@ TEST(ParseTreeCursor, FindsTheFirstChildThatReachesBeyondAPlace) {
 }
 
 TEST(ParseTreeCursor, ACopyGoesItsOwnWay) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[1, 2]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[1, 2]");
   auto cursor = ParseTreeCursor::startingAt(parsed.root());
   ASSERT_TRUE(cursor.goToFirstChild());
   auto copy = ParseTreeCursor::copying(cursor);
@@ -97,7 +97,7 @@ TEST(ParseTreeCursor, ACopyGoesItsOwnWay) {
 }
 
 TEST(ParseTreeCursor, KnowsTheFieldOfItsNode) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"{\"a\": 1}");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"{\"a\": 1}");
   auto cursor = ParseTreeCursor::startingAt(parsed.root().namedChildren()[0].namedChildren()[0]);
   EXPECT_EQ(cursor.currentFieldName(), std::nullopt);
   ASSERT_TRUE(cursor.goToFirstChild());
@@ -108,7 +108,7 @@ TEST(ParseTreeCursor, KnowsTheFieldOfItsNode) {
 }
 
 TEST(ParseTreeCursorDeathTest, ABytePastThirtyTwoBitsStopsTheProcess) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"1");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"1");
   auto cursor = ParseTreeCursor::startingAt(parsed.root());
   EXPECT_DEATH(cursor.goToFirstChildForByte(std::int64_t{1} << 32), "doesn't fit a syntax tree");
   EXPECT_DEATH(cursor.goToFirstChildForByte(-1), "doesn't fit a syntax tree");
@@ -116,7 +116,7 @@ TEST(ParseTreeCursorDeathTest, ABytePastThirtyTwoBitsStopsTheProcess) {
 }
 
 TEST(ParseNode, MeasuresInUTF16CodeUnits) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[\n  \"\U0001F600\", true]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[\n  \"\U0001F600\", true]");
   const ParseNode truth = parsed.root().namedChildren()[0].namedChildren()[1];
   EXPECT_EQ(truth.type(), "true");
   EXPECT_EQ(truth.utf16Range(), TextRange(10, 14));
@@ -127,7 +127,7 @@ TEST(ParseNode, MeasuresInUTF16CodeUnits) {
 }
 
 TEST(ParseNode, KnowsItsPlaceInTheTree) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[1]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[1]");
   const ParseNode array = parsed.root().namedChildren()[0];
   EXPECT_EQ(parsed.root().parent(), std::nullopt);
   EXPECT_EQ(array.parent(), parsed.root());
@@ -138,19 +138,19 @@ TEST(ParseNode, KnowsItsPlaceInTheTree) {
 }
 
 TEST(ParseNode, TellsErrorsFromWhatIsMissing) {
-  const ParsedText missing(Grammar::BuiltIn::json, u"[1");
+  const ParsedSource missing(Grammar::BuiltIn::json, u"[1");
   const ParseNode array = missing.root().namedChildren()[0];
   const ParseNode bracket = array.children()[array.children().count() - 1];
   EXPECT_TRUE(bracket.isMissing());
   EXPECT_TRUE(bracket.utf16Range().isEmpty());
   EXPECT_TRUE(array.hasError());
   EXPECT_FALSE(array.isError());
-  const ParsedText error(Grammar::BuiltIn::json, u"[1 } 2]");
+  const ParsedSource error(Grammar::BuiltIn::json, u"[1 } 2]");
   EXPECT_TRUE(error.root().hasError());
 }
 
 TEST(ParseNode, EqualNodesHashAlike) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[1, 1]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[1, 1]");
   const ParseNode array = parsed.root().namedChildren()[0];
   std::unordered_set<ParseNode> nodes;
   for (const ParseNode child : array.namedChildren())
@@ -161,7 +161,7 @@ TEST(ParseNode, EqualNodesHashAlike) {
 }
 
 TEST(ParseNode, NamedChildrenKnowTheirFields) {
-  const ParsedText parsed(Grammar::BuiltIn::javascript, u"/*c*/ f(a)");
+  const ParsedSource parsed(Grammar::BuiltIn::javascript, u"/*c*/ f(a)");
   const ParseNode call = parsed.root().namedChildren()[1].namedChildren()[0];
   ASSERT_EQ(call.type(), "call_expression");
   EXPECT_EQ(call.namedChildren().fieldNameAt(0), "function");
@@ -171,17 +171,17 @@ TEST(ParseNode, NamedChildrenKnowTheirFields) {
 }
 
 TEST(ParseNodeDeathTest, AChildOutsideTheNodeStopsTheProcess) {
-  const ParsedText parsed(Grammar::BuiltIn::json, u"[1]");
+  const ParsedSource parsed(Grammar::BuiltIn::json, u"[1]");
   EXPECT_DEATH((void)parsed.root().children()[1], "lies outside its node");
   EXPECT_DEATH((void)parsed.root().namedChildren()[-1], "lies outside its node");
   EXPECT_DEATH((void)parsed.root().namedChildren().fieldNameAt(-1), "doesn't fit a syntax tree");
 }
 
 TEST(ParseTree, ReportsWhereItsStructureChanged) {
-  const ParsedText before(Grammar::BuiltIn::json, u"[1, 2]");
-  const ParsedText same(Grammar::BuiltIn::json, u"[1, 2]");
+  const ParsedSource before(Grammar::BuiltIn::json, u"[1, 2]");
+  const ParsedSource same(Grammar::BuiltIn::json, u"[1, 2]");
   EXPECT_TRUE(same.tree->changedRangesFrom(*before.tree).empty());
-  const ParsedText after(Grammar::BuiltIn::json, u"[1, {}]");
+  const ParsedSource after(Grammar::BuiltIn::json, u"[1, {}]");
   const auto ranges = after.tree->changedRangesFrom(*before.tree);
   ASSERT_EQ(ranges.size(), 1U);
   EXPECT_EQ(ranges[0].start_byte, 4U * 2);

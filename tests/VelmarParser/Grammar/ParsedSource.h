@@ -11,8 +11,8 @@
 
 namespace velmar::testing {
 
-struct ParsedText {
-  ParsedText(Grammar::BuiltIn builtIn, std::u16string_view units) {
+struct ParsedSource {
+  ParsedSource(Grammar::BuiltIn builtIn, std::u16string_view units) {
     text.replaceSubrange({0, 0}, units);
     Parser parser("test", Grammar::fromBuiltIn(builtIn), std::make_shared<const AtomicFlag>());
     ParseInput input(text);
