@@ -8,7 +8,7 @@ namespace velmar {
 
 namespace {
 
-using testing::ParsedSource;
+using testing::ParsedText;
 
 enum class Part { name, type };
 std::span<const std::string_view> rawValuesOf(Part) {
@@ -17,7 +17,7 @@ std::span<const std::string_view> rawValuesOf(Part) {
 }
 
 /// The values of the first surviving match.
-CaptureValues<Part> valuesOf(const ParsedSource& parsed, const std::string& query,
+CaptureValues<Part> valuesOf(const ParsedText& parsed, const std::string& query,
                              const std::optional<std::set<Part>>& limitingTo = std::nullopt,
                              CaptureTrimming trimming = CaptureTrimming::none) {
   for (const QueryMatches::Element& match : parsed.matches(query))
@@ -36,7 +36,7 @@ class CaptureTransforms : public ::testing::TestWithParam<TransformCase> {};
 /// The source is the content of a JSON string, and `@name` captures it; `@type` is the null behind
 /// it.
 TEST_P(CaptureTransforms, RewriteTheText) {
-  const ParsedSource parsed(Grammar::BuiltIn::json, "[\"" + GetParam().source + "\", null]");
+  const ParsedText parsed(Grammar::BuiltIn::json, "[\"" + GetParam().source + "\", null]");
   const auto values =
       valuesOf(parsed, "(array (string (string_content) @name) (null) @type (true)? @other " +
                            GetParam().transforms + ")");
@@ -75,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(CaptureValues, TransformsOfOtherCapturesDoNothing) {
-  const ParsedSource parsed(Grammar::BuiltIn::json, "[\"a\", null]");
+  const ParsedText parsed(Grammar::BuiltIn::json, "[\"a\", null]");
   const auto values =
       valuesOf(parsed, "(array (string) @name (null) @other (true)? @type (#upcase! @other) "
                        "(#append! @type x))");
@@ -83,13 +83,13 @@ TEST(CaptureValues, TransformsOfOtherCapturesDoNothing) {
 }
 
 TEST(CaptureValues, SeveralNodesJoinWithBlanks) {
-  const ParsedSource parsed(Grammar::BuiltIn::json, "[ 1,null, 22 ]");
+  const ParsedText parsed(Grammar::BuiltIn::json, "[ 1,null, 22 ]");
   const auto values = valuesOf(parsed, "(array (number) @name (null) (number) @name)");
   EXPECT_EQ(values, (CaptureValues<Part>{{Part::name, {u"1 22", {2, 12}, false}}}));
 }
 
 TEST(CaptureValues, AreLimitedToSomeKeys) {
-  const ParsedSource parsed(Grammar::BuiltIn::json, "[1, null]");
+  const ParsedText parsed(Grammar::BuiltIn::json, "[1, null]");
   const std::string query = "(array (number) @name (null) @type (#append! @name @type))";
   EXPECT_EQ(valuesOf(parsed, query).size(), 2U);
   const auto values = valuesOf(parsed, query, std::set{Part::name});
@@ -99,7 +99,7 @@ TEST(CaptureValues, AreLimitedToSomeKeys) {
 }
 
 TEST(CaptureValues, AreTrimmedNodeByNode) {
-  const ParsedSource parsed(Grammar::BuiltIn::json, "[\" a\t\", \"  \", \"b \"]");
+  const ParsedText parsed(Grammar::BuiltIn::json, "[\" a\t\", \"  \", \"b \"]");
   const auto values =
       valuesOf(parsed,
                "(array (string (string_content) @name) (string (string_content) @type) (string "
@@ -110,13 +110,13 @@ TEST(CaptureValues, AreTrimmedNodeByNode) {
 }
 
 TEST(CaptureValues, OverLinesKeepTheirLineBreaks) {
-  const ParsedSource parsed(Grammar::BuiltIn::javascript, u"`a\r\nb`");
+  const ParsedText parsed(Grammar::BuiltIn::javascript, u"`a\r\nb`");
   const auto values = valuesOf(parsed, "(template_string) @name");
   EXPECT_EQ(values.at(Part::name).text, u"`a\r\nb`");
 }
 
 TEST(ResultBuilder, GivesTheResultOfEachMatch) {
-  const ParsedSource parsed(Grammar::BuiltIn::json, "{\"a\": [\" x \", 2], \"b\": \"y\"}");
+  const ParsedText parsed(Grammar::BuiltIn::json, "{\"a\": [\" x \", 2], \"b\": \"y\"}");
   const auto query = parsed.query(R"(
     ((string_content) @result (#not-eq? @result "b") (#append! @result "!"))
     (number) @other

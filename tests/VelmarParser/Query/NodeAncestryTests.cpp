@@ -9,7 +9,7 @@ namespace velmar {
 
 namespace {
 
-using testing::ParsedSource;
+using testing::ParsedText;
 
 struct Place {
   ParseNode node;
@@ -62,7 +62,7 @@ for (const i of a.b.c[0]) { } ;;
 )";
 
 TEST(NodeAncestry, FindsEachNodeInTheOrderOfTheText) {
-  const ParsedSource parsed(Grammar::BuiltIn::javascript, source);
+  const ParsedText parsed(Grammar::BuiltIn::javascript, source);
   NodeAncestry ancestry;
   for (const Place& place : allPlaces(parsed.root()))
     expectWay(ancestry, place);
@@ -71,7 +71,7 @@ TEST(NodeAncestry, FindsEachNodeInTheOrderOfTheText) {
 TEST(NodeAncestry, FindsEachNodeInAnyOrder) {
   for (const auto language :
        {Grammar::BuiltIn::javascript, Grammar::BuiltIn::c, Grammar::BuiltIn::json}) {
-    const ParsedSource parsed(language, source); // two of them see little but errors
+    const ParsedText parsed(language, source); // two of them see little but errors
     std::vector<Place> places = allPlaces(parsed.root());
     std::mt19937 random(3);
     NodeAncestry ancestry;
@@ -87,8 +87,8 @@ TEST(NodeAncestry, FindsEachNodeInAnyOrder) {
 }
 
 TEST(NodeAncestry, GoesFromTreeToTree) {
-  const ParsedSource one(Grammar::BuiltIn::json, "[1, 2]");
-  const ParsedSource two(Grammar::BuiltIn::json, "{\"a\": 3}");
+  const ParsedText one(Grammar::BuiltIn::json, "[1, 2]");
+  const ParsedText two(Grammar::BuiltIn::json, "{\"a\": 3}");
   NodeAncestry ancestry;
   EXPECT_EQ(ancestry.parentOf(one.root()), std::nullopt);
   EXPECT_EQ(ancestry.parentOf(two.root().children()[0]), two.root());
@@ -98,7 +98,7 @@ TEST(NodeAncestry, GoesFromTreeToTree) {
 
 TEST(NodeAncestry, BearsDeepTrees) {
   // The missing brackets at the end hang at every depth, and have no text.
-  const ParsedSource parsed(Grammar::BuiltIn::json, std::string(20'000, '['));
+  const ParsedText parsed(Grammar::BuiltIn::json, std::string(20'000, '['));
   NodeAncestry ancestry;
   auto cursor = ParseTreeCursor::startingAt(parsed.root());
   std::size_t depth = 1;

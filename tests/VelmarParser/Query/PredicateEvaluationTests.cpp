@@ -8,7 +8,7 @@ namespace velmar {
 
 namespace {
 
-using testing::ParsedSource;
+using testing::ParsedText;
 using Texts = std::vector<std::string>;
 
 struct FilterCase {
@@ -21,7 +21,7 @@ struct FilterCase {
 class FilterKeeps : public ::testing::TestWithParam<FilterCase> {};
 
 TEST_P(FilterKeeps, TheMatchesThatPass) {
-  const ParsedSource parsed(GetParam().language, GetParam().source);
+  const ParsedText parsed(GetParam().language, GetParam().source);
   EXPECT_EQ(parsed.survivors(GetParam().query), GetParam().survivors);
 }
 
@@ -251,7 +251,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(PredicateEvaluation, HiddenNodesAreAsIfNotThere) {
-  const ParsedSource parsed(json, "[1, 2, 3]");
+  const ParsedText parsed(json, "[1, 2, 3]");
   const auto query = parsed.query("(array (number) @a (number) @a (number) @b (#eq? @a 1) "
                                   "(#any-eq? @a 2) (#eq? @a @b) (#any-eq? @a 9))");
   std::vector<Query::Match> matches;
@@ -285,7 +285,7 @@ TEST(PredicateEvaluation, HiddenNodesAreAsIfNotThere) {
 }
 
 TEST(PredicateEvaluation, APatternThatRunsAwayMatchesNothing) {
-  const ParsedSource parsed(json, "[\"" + std::string(40, 'a') + "\", \"b\"]");
+  const ParsedText parsed(json, "[\"" + std::string(40, 'a') + "\", \"b\"]");
   const auto query = parsed.query("((string_content) @x (#match? @x \"^(a+)+c|b$\"))");
   RegularExpressionPass pass(
       {.perSearch = std::chrono::milliseconds(5), .perPattern = std::chrono::seconds(1)});
@@ -298,7 +298,7 @@ TEST(PredicateEvaluation, APatternThatRunsAwayMatchesNothing) {
 }
 
 /// The properties of the first match that survives, as "key=value" or "capture.key", sorted.
-std::string metadataOf(const ParsedSource& parsed, const std::string& query,
+std::string metadataOf(const ParsedText& parsed, const std::string& query,
                        QueryMatchMetadata properties = {}) {
   for (const QueryMatches::Element& match :
        QueryMatches(parsed.query(query), parsed.root(), parsed.range(), parsed.text(),
@@ -331,7 +331,7 @@ class PropertySets : public ::testing::TestWithParam<SetCase> {};
 
 /// `@n` are the numbers 1, 2 and 12, `@s` is the string "a", and `@z` has no node.
 TEST_P(PropertySets, WriteMetadata) {
-  const ParsedSource parsed(json, "[1, 2, 12, \"a\"]");
+  const ParsedText parsed(json, "[1, 2, 12, \"a\"]");
   EXPECT_EQ(metadataOf(parsed,
                        "(array . (number) @n (number) @n (number) @n (string (string_content) @s) "
                        "(null)? @z . " +
@@ -394,7 +394,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(PropertySets, ConditionsSeeOnlyAcceptedNodes) {
-  const ParsedSource parsed(json, "[1, 2]");
+  const ParsedText parsed(json, "[1, 2]");
   const auto query = parsed.query(
       "(array (number) @n (number) @n (#set-if-eq! @n 1 k) (#set-by-case-eq! @n c 1 one 2 two)"
       " (#set-if-any-eq! @n 2 a))");
@@ -419,7 +419,7 @@ TEST(PropertySets, ConditionsSeeOnlyAcceptedNodes) {
 }
 
 TEST(QueryMatches, StartWithTheGivenProperties) {
-  const ParsedSource parsed(json, "[1, 2]");
+  const ParsedText parsed(json, "[1, 2]");
   QueryMatchMetadata properties;
   properties.setValue(QueryPropertyValue::string("w"), "k");
   EXPECT_EQ(metadataOf(parsed, "((number) @x (#is? k w))", properties), "k=w");
@@ -432,14 +432,14 @@ TEST(QueryMatches, StartWithTheGivenProperties) {
 }
 
 TEST(QueryMatches, WithoutANodeAreNone) {
-  const ParsedSource parsed(json, "[1]");
+  const ParsedText parsed(json, "[1]");
   const QueryMatches matches(parsed.query("(number) @n"), std::nullopt, parsed.range(),
                              parsed.text());
   EXPECT_TRUE(matches.begin() == std::default_sentinel);
 }
 
 TEST(QueryMatches, OfAnEmptyDocumentAreThoseOfItsRoot) {
-  const ParsedSource parsed(json, "");
+  const ParsedText parsed(json, "");
   EXPECT_EQ(parsed.survivors("((document) @x (#eq? @x \"\"))"), (Texts{""}));
 }
 
@@ -450,7 +450,7 @@ std::span<const std::string_view> rawValuesOf(Key) {
 }
 
 TEST(QueryMatches, GiveMetadataByKeys) {
-  const ParsedSource parsed(json, "[1, 2]");
+  const ParsedText parsed(json, "[1, 2]");
   std::string result;
   const auto matches =
       parsed.matches("((number) @x (#set-if-eq! @x 2 priority 7) (#set! @x the.language))");

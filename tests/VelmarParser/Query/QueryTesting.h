@@ -16,17 +16,17 @@
 namespace velmar::testing {
 
 /// A text with its tree.
-class ParsedSource {
+class ParsedText {
 public:
-  ParsedSource(Grammar::BuiltIn language, std::u16string_view source)
+  ParsedText(Grammar::BuiltIn language, std::u16string_view source)
       : grammar_(Grammar::fromBuiltIn(language)),
         parser_("test", grammar_, std::make_shared<AtomicFlag>()) {
     text_.replaceSubrange({0, 0}, source);
     ParseInput input(text_);
     tree_ = parser_.parse(nullptr, input.input());
   }
-  ParsedSource(Grammar::BuiltIn language, std::string_view source)
-      : ParsedSource(language, std::u16string_view(utf16RepairingUTF8(source))) {}
+  ParsedText(Grammar::BuiltIn language, std::string_view source)
+      : ParsedText(language, std::u16string_view(utf16RepairingUTF8(source))) {}
 
   [[nodiscard]] const std::shared_ptr<const Grammar>& grammar() const { return grammar_; }
   [[nodiscard]] const DocumentText& text() const { return text_; }

@@ -10,7 +10,7 @@ namespace velmar {
 namespace {
 
 using testing::compileError;
-using testing::ParsedSource;
+using testing::ParsedText;
 
 struct FaultCase {
   const char* name;
@@ -198,7 +198,7 @@ TEST(Query, SortsPredicatesIntoTheirFamilies) {
 }
 
 TEST(Query, WithoutPatternsFindsNothing) {
-  const ParsedSource parsed(Grammar::BuiltIn::json, "[1]");
+  const ParsedText parsed(Grammar::BuiltIn::json, "[1]");
   const auto query = parsed.query("; nothing here\n");
   EXPECT_EQ(query->patternCount(), 0);
   EXPECT_TRUE(query->filterPredicates().empty());
@@ -217,7 +217,7 @@ TEST(Query, KnowsWhereItsPatternsStand) {
 }
 
 TEST(Query, TheMatchesOfARangeTouchIt) {
-  const ParsedSource parsed(Grammar::BuiltIn::json, "[10, 20, 30]");
+  const ParsedText parsed(Grammar::BuiltIn::json, "[10, 20, 30]");
   const auto query = parsed.query("(number) @n");
   const auto numbers = [&](TextRange range) {
     std::string result;
@@ -238,7 +238,7 @@ TEST(Query, MatchesInProgressAreLimited) {
   std::string source = "[0";
   for (int index = 1; index < 600; ++index)
     source += ", " + std::to_string(index);
-  const ParsedSource parsed(Grammar::BuiltIn::json, source + "]");
+  const ParsedText parsed(Grammar::BuiltIn::json, source + "]");
   const auto lastOf = [&](const char* queryText, bool& hasDropped) {
     std::string last;
     const QueryMatches matches = parsed.matches(queryText);
@@ -257,7 +257,7 @@ TEST(Query, MatchesInProgressAreLimited) {
 }
 
 TEST(Query, ADisabledCaptureIsLeftOut) {
-  const ParsedSource parsed(Grammar::BuiltIn::json, "{\"a\": 1}");
+  const ParsedText parsed(Grammar::BuiltIn::json, "{\"a\": 1}");
   Query query("(pair key: (_) @k value: (_) @v) @p", parsed.grammar());
   query.disableCaptureAt(0);
   query.disableCaptureNamed("p");
@@ -278,7 +278,7 @@ std::span<const std::string_view> rawValuesOf(NamedCapture) {
 }
 
 TEST(QueryMatch, GivesItsCapturesByNameAndByArgument) {
-  const ParsedSource parsed(Grammar::BuiltIn::json, "[1, 2, null, 3]");
+  const ParsedText parsed(Grammar::BuiltIn::json, "[1, 2, null, 3]");
   const auto query = parsed.query(
       "(array (number) @the.value (number) @the.value (null) @other (number) @the.key)");
   std::vector<Query::Match> matches; // copies, which keep what the walk goes on to overwrite
@@ -304,7 +304,7 @@ TEST(QueryMatch, GivesItsCapturesByNameAndByArgument) {
 }
 
 TEST(QueryDeathTest, IndicesOutsideStopTheProcess) {
-  const ParsedSource parsed(Grammar::BuiltIn::json, "[1]");
+  const ParsedText parsed(Grammar::BuiltIn::json, "[1]");
   const auto query = parsed.query("(number) @n");
   EXPECT_DEATH(static_cast<void>(query->patterns()[1]), "outside its query");
   const auto matches = query->matchesIn(parsed.root());

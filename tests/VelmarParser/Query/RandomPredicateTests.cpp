@@ -12,7 +12,7 @@ namespace velmar {
 
 namespace {
 
-using testing::ParsedSource;
+using testing::ParsedText;
 
 /// A node as it stands in the tree, copied with a cursor.
 struct ModelNode {
@@ -33,7 +33,7 @@ struct ModelNode {
 
 class Model {
 public:
-  explicit Model(const ParsedSource& parsed) : parsed_(parsed) {
+  explicit Model(const ParsedText& parsed) : parsed_(parsed) {
     TSTreeCursor cursor = ts_tree_cursor_new(parsed.root().base());
     root_ = copy(cursor, nullptr);
     ts_tree_cursor_delete(&cursor);
@@ -61,7 +61,7 @@ private:
     return result;
   }
 
-  const ParsedSource& parsed_;
+  const ParsedText& parsed_;
   std::unique_ptr<ModelNode> root_;
   std::map<const void*, ModelNode*> byID_;
 };
@@ -229,7 +229,7 @@ TEST(RandomPredicates, AgreeWithALiteralEvaluator) {
   int failed = 0;
   for (int round = 0; round < 50; ++round) {
     const std::string source = randomSource(random);
-    const ParsedSource parsed(Grammar::BuiltIn::javascript, source);
+    const ParsedText parsed(Grammar::BuiltIn::javascript, source);
     const Model model(parsed);
     for (int count = 0; count < 20; ++count) {
       const std::string pattern = random.oneOf(patterns);
