@@ -5,8 +5,12 @@
 #include "VelmarParser/Grammar/TreeUnits.h"
 #include "bench/Pair.h"
 
+#include <algorithm>
+#include <chrono>
 #include <memory>
+#include <random>
 #include <string>
+#include <thread>
 
 namespace velmar {
 
@@ -104,6 +108,39 @@ void typeIntoDocument(bench::State& state) {
 
 VELMAR_PAIR("document/keystroke", 1.05, typeIntoBareRuntime, typeIntoDocument, 1'000, 10'000,
             100'000);
+
+/// How long an edit that parses 9 MB goes on after it has been cancelled somewhere in the middle;
+/// the counters are the longest and the mean of all rounds, in milliseconds.
+void cancelParsing(benchmark::State& state) {
+  const std::u16string text = source(9'000'000 / 45);
+  std::mt19937 random(3);
+  double longest = 0;
+  double sum = 0;
+  for (auto _ : state) {
+    Parse document(ParseConfiguration(LanguageID::typescript,
+                                      Grammar::fromBuiltIn(Grammar::BuiltIn::typescript), {},
+                                      std::make_shared<NoQueries>()));
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point cancelled;
+    const auto wait = std::chrono::milliseconds(50 + random() % 400);
+    std::thread canceller([&] {
+      std::this_thread::sleep_for(wait);
+      cancelled = Clock::now();
+      document.cancelParsing();
+    });
+    document.replaceSubrange({0, 0}, text);
+    const Clock::time_point returned = Clock::now();
+    canceller.join();
+    const double took = std::chrono::duration<double, std::milli>(returned - cancelled).count();
+    if (document.rootLayer().root())
+      state.SkipWithError("The parse was over before it was cancelled.");
+    longest = std::max(longest, took);
+    sum += took;
+  }
+  state.counters["longest_ms"] = longest;
+  state.counters["mean_ms"] = sum / static_cast<double>(state.iterations());
+}
+BENCHMARK(cancelParsing)->Name("document/cancel")->Iterations(40)->UseRealTime();
 
 } // namespace
 
