@@ -21,8 +21,16 @@ TEST(CommandLine, WithoutACommandItShowsWhatItCanDoAndASamplePage) {
   EXPECT_EQ(result.errors, "");
   EXPECT_THAT(result.output, HasSubstr("velmar tree FILE [--language ID] [--json]"));
   EXPECT_THAT(result.output, HasSubstr("velmar languages"));
-  EXPECT_THAT(result.output, HasSubstr("\n    jsdoc  8:3-9:40\n")) << "a layer inside a layer";
-  EXPECT_THAT(result.output, HasSubstr("<!DOCTYPE html>\n"));
+  EXPECT_THAT(result.output, HasSubstr("velmar show FILE"));
+  EXPECT_THAT(result.output, HasSubstr("\n  javascript  7:9-14:1\n    jsdoc "));
+  EXPECT_THAT(result.output, HasSubstr("    return `Hello, ${word.toUpperCase()}!`; // script"));
+}
+
+TEST(CommandLine, TheSamplePageHasColoursOnATerminal) {
+  const auto result =
+      runHost({}, {.isTerminal = true, .environment = {{"COLORTERM", "truecolor"}}});
+  EXPECT_EQ(result.errors, "");
+  EXPECT_THAT(result.output, HasSubstr(";38;2;"));
 }
 
 TEST(CommandLine, PrintsItsVersion) {

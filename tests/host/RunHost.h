@@ -3,6 +3,8 @@
 
 #include "host/CommandLine.h"
 
+#include <map>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -19,6 +21,8 @@ struct HostInput {
   std::string standardInput = {};
   /// Show styles, as on a terminal.
   bool isTerminal = false;
+  /// Variables of the environment; nothing of the tests' own.
+  std::map<std::string, std::string, std::less<>> environment = {};
 };
 
 /// The clock moves by 1.5 ms with each look at it, so a parse always takes that long.
@@ -35,6 +39,10 @@ inline HostResult runHost(const std::vector<std::string>& words, const HostInput
       .output = output,
       .errors = errors,
       .now = [&] { return time += std::chrono::microseconds(1500); },
+      .environment = [&](std::string_view name) -> std::optional<std::string> {
+        const auto found = input.environment.find(name);
+        return found == input.environment.end() ? std::nullopt : std::optional(found->second);
+      },
   };
   const auto exitCode = static_cast<int>(host::runCommandLine(words, streams));
   return {.exitCode = exitCode, .output = output.text(), .errors = errors.text()};
