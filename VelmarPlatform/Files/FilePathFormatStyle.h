@@ -13,7 +13,7 @@ struct FilePathFormatStyle {
   /// Absent, every path is shown in full.
   std::optional<FilePath> basePath = std::nullopt;
 
-  /// "a/b.c" for "/work/a/b.c" with the base "/work"; the base itself in full. The text alone
+  /// "a/b.c" for "/base/a/b.c" with the base "/base"; the base itself in full. The text alone
   /// decides: standardize both first if they may have detours. Valid UTF-8.
   [[nodiscard]] std::string format(const FilePath& path) const;
 };

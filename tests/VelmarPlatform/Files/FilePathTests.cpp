@@ -86,12 +86,12 @@ TEST(FilePath, AppendsBeneathItself) {
 }
 
 TEST(FilePath, ARelativePathStartsFromTheGivenOne) {
-  const FilePath folder("/work");
-  EXPECT_EQ(FilePath("a/b", folder), FilePath("/work/a/b"));
+  const FilePath folder("/base");
+  EXPECT_EQ(FilePath("a/b", folder), FilePath("/base/a/b"));
   EXPECT_EQ(FilePath("/a", folder), FilePath("/a"));
   EXPECT_EQ(FilePath("", folder), folder);
   EXPECT_EQ(FilePath("a", FilePath()), FilePath("a"));
-  EXPECT_EQ(FilePath(FilePath("../a"), folder).string(), "/work/../a");
+  EXPECT_EQ(FilePath(FilePath("../a"), folder).string(), "/base/../a");
 }
 
 TEST(FilePath, LosesItsLastComponent) {
@@ -231,10 +231,10 @@ TEST(FilePath, RandomPathsStandardizeLikeAWalk) {
 }
 
 TEST(FilePathFormatStyle, ShowsWhatLiesBelowTheBaseRelativeToIt) {
-  const FilePathFormatStyle style{FilePath("/work/project")};
-  EXPECT_EQ(style.format(FilePath("/work/project/a/b.c")), "a/b.c");
-  EXPECT_EQ(style.format(FilePath("/work/project")), "/work/project");
-  EXPECT_EQ(style.format(FilePath("/work/projects/a")), "/work/projects/a");
+  const FilePathFormatStyle style{FilePath("/base/project")};
+  EXPECT_EQ(style.format(FilePath("/base/project/a/b.c")), "a/b.c");
+  EXPECT_EQ(style.format(FilePath("/base/project")), "/base/project");
+  EXPECT_EQ(style.format(FilePath("/base/projects/a")), "/base/projects/a");
   EXPECT_EQ(style.format(FilePath("a")), "a");
   EXPECT_EQ(FilePathFormatStyle{}.format(FilePath("/a/b")), "/a/b");
 }
