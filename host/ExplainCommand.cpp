@@ -108,7 +108,7 @@ Command explainCommand() {
           "\n"
           "Lines and columns count from 1, columns in UTF-16 code units. Without a column it is "
           "the\n"
-          "first. FILE is “-” for standard input.\n",
+          "first.\n",
       .options = {languageOption(), verboseOption()},
       .examples = {{"velmar explain main.cpp:12:8", "What is at column 8 of line 12."},
                    {"velmar explain page.html:40", "At the start of line 40."}},

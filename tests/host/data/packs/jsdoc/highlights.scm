@@ -1,0 +1,2 @@
+(tag_name) @comment.doc.annotation
+(type) @type.doc

@@ -1,0 +1,3 @@
+(string) @string
+(number) @number
+[(true) (false) (null)] @constant.builtin

@@ -1,0 +1,2 @@
+(character_class) @regex.class
+(start_assertion) @regex.anchor
