@@ -3,6 +3,7 @@
 #include "VelmarParser/Document/InjectionPoint.h"
 #include "VelmarParser/Document/Parse.h"
 #include "VelmarParser/Grammar/ParseInput.h"
+#include "VelmarParser/Grammar/TreeChanges.h"
 #include "VelmarParser/Grammar/TreeDisposal.h"
 #include "VelmarParser/Grammar/TreeUnits.h"
 
@@ -13,35 +14,6 @@ using detail::LayerImpl;
 using detail::treeRange;
 
 namespace {
-
-/// Where an edited tree says it was edited: from the start of the first innermost node with changes
-/// to the end of the last.
-std::optional<TextRange> editedExtent(const ParseNode& root) {
-  TreeByte start = root.startByte();
-  TreeByte end = root.endByte();
-
-  auto cursor = ParseTreeCursor::startingAt(root);
-  bool moved = cursor.goToFirstChild();
-  while (moved) {
-    const auto node = cursor.currentNode();
-    if (node && node->hasChanges())
-      start = node->startByte();
-    else if (node && cursor.goToNextSibling())
-      continue;
-    moved = cursor.goToFirstChild();
-  }
-
-  cursor.resetTo(root);
-  cursor.enumerate([&](const ParseNode& node) {
-    if (!node.hasChanges())
-      return ParseTreeCursor::EnumerateAction::skipDescendants;
-    end = node.endByte();
-    return ParseTreeCursor::EnumerateAction::next;
-  });
-  if (end <= start)
-    return std::nullopt;
-  return utf16Range(start, end);
-}
 
 /// What a new tree changed against the edited old one, also where the runtime reports no difference
 /// in structure.
@@ -55,8 +27,8 @@ TextRangeSet changedRanges(const ParseTree& tree, const ParseTree& old, const La
     return changed;
   const ParseNode root = old.rootNode();
   if (root.hasChanges()) {
-    if (const auto extent = editedExtent(root))
-      changed.insertContentsOf(*extent);
+    if (const auto extent = editedExtentOf(*old.base()))
+      changed.insertContentsOf(utf16Range(extent->lowerBound, extent->upperBound));
     return changed;
   }
   changed.insertContentsOf(edited);
