@@ -3,7 +3,6 @@
 #include "VelmarParser/Query/QueryMatches.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace velmar {
 
@@ -11,16 +10,6 @@ namespace {
 
 constexpr std::string_view priorityKey = "priority";
 constexpr std::string_view embeddedName = "embedded";
-
-/// A whole text read as a signed decimal number; 0 for anything else, also for one that doesn't
-/// fit.
-std::int64_t numberIn(std::string_view text) {
-  if (text.starts_with('+') && !text.starts_with("+-"))
-    text.remove_prefix(1);
-  std::int64_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() && end == text.data() + text.size() ? number : 0;
-}
 
 } // namespace
 
@@ -36,7 +25,7 @@ public:
 
   void add(const QueryMatches::Element& match, TextRange slice) {
     const auto* const priority = match.metadata.valueFor(priorityKey);
-    const std::int64_t number = priority ? numberIn(priority->text()) : 0;
+    const std::int64_t number = priority ? priority->number() : 0;
     for (const auto& capture : match.captures()) {
       const TextRange range = capture.node().utf16Range();
       results_.captures_.push_back({range, capture.index()});

@@ -1,9 +1,9 @@
 #include "VelmarParser/Query/FilterPredicate.h"
 
 #include "VelmarParser/Query/PredicateArguments.h"
+#include "VelmarParser/Query/QueryPropertyValue.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace velmar::QueryPredicates {
 
@@ -73,14 +73,10 @@ std::string_view usageOf(Kind kind) {
 
 /// A decimal integer with an optional sign, and nothing else.
 std::int64_t integer(const std::string& text) {
-  std::string_view digits = text;
-  if (digits.starts_with('+') && !digits.starts_with("+-"))
-    digits.remove_prefix(1);
-  std::int64_t value = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-  if (error != std::errc() || end != digits.data() + digits.size())
+  const auto value = wholeNumberIn(text);
+  if (!value)
     throw QueryPredicateError("Could not parse “" + text + "” as an integer.");
-  return value;
+  return *value;
 }
 
 Filter::Names sortedNames(detail::PredicateArguments& arguments) {

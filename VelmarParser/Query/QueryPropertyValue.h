@@ -1,6 +1,7 @@
 // What a query's `set!` writes and its `is?` reads.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -8,6 +9,10 @@
 #include <utility>
 
 namespace velmar {
+
+/// A whole text read as a signed decimal number; absent for anything else, also for one that
+/// doesn't fit.
+[[nodiscard]] std::optional<std::int64_t> wholeNumberIn(std::string_view text);
 
 /// A text, or the mere fact that the key is set.
 class QueryPropertyValue {
@@ -23,6 +28,9 @@ public:
   }
   /// The text, empty for `isSet`.
   [[nodiscard]] const std::string& text() const noexcept { return text_; }
+
+  /// The text as a number; 0 where it is none, or there is no text.
+  [[nodiscard]] std::int64_t number() const { return wholeNumberIn(text_).value_or(0); }
 
   /// Makes this the text, in the memory that it has.
   void setString(std::string_view text) {
