@@ -17,6 +17,10 @@ namespace velmar {
 [[nodiscard]] std::u16string_view textOfNode(ParseNode node, const DocumentText& text,
                                              std::u16string& scratch);
 
+/// The text of `range`, likewise. O(log lines).
+[[nodiscard]] std::u16string_view textOfRange(TextRange range, const DocumentText& text,
+                                              std::u16string& scratch);
+
 /// A node's text that is fetched when it is first looked at, and its length, which is known before.
 class LazyNodeText {
 public:

@@ -2,7 +2,22 @@
 
 namespace velmar {
 
-QueryCursor::QueryCursor(const Query::Matches& matches) {
+namespace {
+
+std::unique_ptr<TSQueryCursorOptions> optionsFor(const CancellationToken* cancel) {
+  if (!cancel)
+    return nullptr;
+  return std::make_unique<TSQueryCursorOptions>(TSQueryCursorOptions{
+      .payload = const_cast<CancellationToken*>(cancel),
+      .progress_callback = [](TSQueryCursorState* state) {
+        return static_cast<const CancellationToken*>(state->payload)->isCancelled();
+      }});
+}
+
+} // namespace
+
+QueryCursor::QueryCursor(const Query::Matches& matches, const CancellationToken* cancel)
+    : options_(optionsFor(cancel)) {
   const auto [lower, upper] = matches.byteRange();
   // To the runtime, an upper bound of 0 means no bound at all.
   if (upper == TreeByte{0} && matches.node().endByte() > TreeByte{0})
@@ -11,7 +26,8 @@ QueryCursor::QueryCursor(const Query::Matches& matches) {
   precondition(base_ != nullptr, "There is no memory for a query cursor.");
   ts_query_cursor_set_match_limit(base_.get(), mostMatchesInProgress);
   ts_query_cursor_set_byte_range(base_.get(), lower.value, upper.value);
-  ts_query_cursor_exec(base_.get(), matches.query().base(), matches.node().base());
+  ts_query_cursor_exec_with_options(base_.get(), matches.query().base(), matches.node().base(),
+                                    options_.get());
 }
 
 bool QueryCursor::next(Query::Match& match) {

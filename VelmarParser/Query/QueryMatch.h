@@ -2,6 +2,7 @@
 // predicates.
 #pragma once
 
+#include "VelmarCore/Concurrency/CancellationToken.h"
 #include "VelmarParser/Grammar/ParseNode.h"
 #include "VelmarParser/Query/Query.h"
 #include "VelmarParser/Query/TextEnumeration.h"
@@ -289,7 +290,9 @@ inline constexpr std::uint32_t mostMatchesInProgress = 256;
 /// thread.
 class QueryCursor {
 public:
-  explicit QueryCursor(const Query::Matches& matches);
+  /// A search that is to be given up soon after `cancel`, which must outlive it, is cancelled; it
+  /// then has no more matches. Without one it goes on to its end.
+  explicit QueryCursor(const Query::Matches& matches, const CancellationToken* cancel = nullptr);
 
   /// Puts the next match into `match`, which is one of the same query; false at the end.
   bool next(Query::Match& match);
@@ -302,6 +305,8 @@ private:
   struct Deleter {
     void operator()(TSQueryCursor* cursor) const noexcept { ts_query_cursor_delete(cursor); }
   };
+  /// On the heap, for the runtime keeps a pointer to it.
+  std::unique_ptr<TSQueryCursorOptions> options_;
   std::unique_ptr<TSQueryCursor, Deleter> base_; // null if there is nothing to find
 };
 

@@ -9,7 +9,7 @@ QueryMatches::Iterator::Iterator(const QueryMatches& matches)
       evaluator_({.text = *matches.text_, .pass = pass_}),
       element_{.base = Query::Match(*query_), .metadata = {}} {
   if (matches.node_)
-    cursor_.emplace(query_->matchesStartingAt(*matches.node_, matches.range_));
+    cursor_.emplace(query_->matchesStartingAt(*matches.node_, matches.range_), matches.cancel_);
   advance();
 }
 

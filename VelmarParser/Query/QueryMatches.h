@@ -53,6 +53,13 @@ public:
       : query_(std::move(query)), node_(node), range_(range), text_(&text),
         properties_(std::move(properties)), pass_(pass) {}
 
+  /// Makes walks end soon after `token` is cancelled, as if there were no more matches, also where
+  /// none is found for long. The token must outlive them.
+  [[nodiscard]] QueryMatches cancelledBy(const CancellationToken& token) && {
+    cancel_ = &token;
+    return std::move(*this);
+  }
+
   [[nodiscard]] const std::shared_ptr<const Query>& query() const noexcept { return query_; }
   [[nodiscard]] const std::optional<ParseNode>& node() const noexcept { return node_; }
   [[nodiscard]] TextRange range() const noexcept { return range_; }
@@ -73,6 +80,7 @@ private:
   const DocumentText* text_;
   QueryMatchMetadata properties_;
   RegularExpressionPass* pass_;
+  const CancellationToken* cancel_ = nullptr;
 };
 
 /// A walk under way; move-only. The element that it stands at is reused for the next one: copy it

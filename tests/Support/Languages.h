@@ -22,6 +22,7 @@ public:
     Grammar::BuiltIn grammar;
     std::map<ParseQueryCategory, std::string> queries;
     std::map<std::string, std::string, std::less<>> named;
+    LanguageSyntax syntax = {};
   };
 
   static std::shared_ptr<TestLanguages> of(std::map<std::string, Language, std::less<>> languages) {
@@ -37,7 +38,7 @@ public:
       return made->second;
     const Language& language = languages_.at(std::string(id));
     ParseConfiguration made(LanguageID{std::string(id)}, Grammar::fromBuiltIn(language.grammar),
-                            LanguageSyntax{}, shared_from_this());
+                            language.syntax, shared_from_this());
     return made_.emplace(id, std::move(made)).first->second;
   }
 
