@@ -121,4 +121,12 @@ std::string lineFor(const PlainResult& result) {
          (result.complexity.empty() ? "" : "  " + result.complexity);
 }
 
+std::string keystrokeLine(std::string_view name, std::string_view which,
+                          std::span<const std::string> cells) {
+  std::string line = left(name, 24) + right(which, 4);
+  for (const std::string& cell : cells)
+    line += right(cell, timeWidth);
+  return line;
+}
+
 } // namespace velmar::bench

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velmar::bench {
@@ -47,5 +49,9 @@ struct PlainResult {
 [[nodiscard]] std::string lineFor(const PairResult& result);
 [[nodiscard]] std::string plainHeading();
 [[nodiscard]] std::string lineFor(const PlainResult& result);
+/// Of the table of keystrokes: what was typed in, which part of the keystrokes the line tells of,
+/// and a cell for each column.
+[[nodiscard]] std::string keystrokeLine(std::string_view name, std::string_view which,
+                                        std::span<const std::string> cells);
 
 } // namespace velmar::bench

@@ -280,8 +280,11 @@ TextRangeSet Parse::parseInjections(const LayerPtr& layer, const LayerEdit& edit
     if (!kept.contains(old[index].get()))
       changed.formUnion(affected[index]);
   }
-  for (const LayerPtr& sublayer : layer->sublayers)
-    changed.formUnion(reparse(sublayer, edit));
+  for (const LayerPtr& sublayer : layer->sublayers) {
+    const TextRangeSet below = reparse(sublayer, edit);
+    edit.enter(EditPhase::injections);
+    changed.formUnion(below);
+  }
   return changed;
 }
 

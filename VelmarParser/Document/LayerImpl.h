@@ -5,6 +5,7 @@
 #include "VelmarCore/Text/RangeSet.h"
 #include "VelmarCore/Text/RegularExpressionPass.h"
 #include "VelmarCore/Text/RunArray.h"
+#include "VelmarParser/Document/EditTimes.h"
 #include "VelmarParser/Document/ParseConfiguration.h"
 #include "VelmarParser/Grammar/Parser.h"
 #include "VelmarParser/Grammar/TreeDisposal.h"
@@ -74,6 +75,14 @@ struct LayerEdit {
   TSInputEdit edit{};
   /// A pattern that runs away is off for the rest of the edit, in all layers.
   RegularExpressionPass* pass = nullptr;
+  /// Null where nobody wants to know how long the edit takes.
+  EditClock* clock = nullptr;
+
+  /// Says that what follows belongs to `phase`.
+  void enter(EditPhase phase) const noexcept {
+    if (clock)
+      clock->enter(phase);
+  }
 
   /// Where the edited text ended before.
   [[nodiscard]] std::int64_t oldUpperBound() const { return range.upperBound - changeInLength; }

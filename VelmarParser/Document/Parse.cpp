@@ -16,6 +16,9 @@ Parse::Parse(ParseConfiguration configuration)
 Parse::~Parse() = default;
 
 TextRangeSet Parse::replaceSubrange(TextRange range, std::u16string_view text) {
+  std::optional<detail::EditClock> clock;
+  if (editObserver_)
+    clock.emplace();
   const auto length = static_cast<std::int64_t>(text.size());
   RegularExpressionPass pass;
   const detail::LayerEdit edit = [&] {
@@ -35,12 +38,16 @@ TextRangeSet Parse::replaceSubrange(TextRange range, std::u16string_view text) {
                  .old_end_point = treePoint(before.upperBound),
                  .new_end_point = treePoint(lines_.positionOf(now.upperBound))},
         .pass = &pass,
+        .clock = clock ? &*clock : nullptr,
     };
   }();
   isCancelled_->store(false);
   root_->ranges = TextRangeSet({0, lines_.count()});
   TextRangeSet changed = reparse(root_, edit);
+  edit.enter(EditPhase::text);
   changed.insertContentsOf(edit.range);
+  if (clock)
+    editObserver_(clock->stop());
 #ifdef VELMAR_CHECKED
   checkInvariants();
   changed.checkInvariants();

@@ -18,6 +18,7 @@
 
 #include "VelmarCore/Text/RangeSet.h"
 #include "VelmarCore/Text/UTF16LineArray.h"
+#include "VelmarParser/Document/EditTimes.h"
 #include "VelmarParser/Document/LayerImpl.h"
 #include "VelmarParser/Document/ParseConfiguration.h"
 #include "VelmarParser/Grammar/ParseTree.h"
@@ -61,6 +62,11 @@ public:
 
   [[nodiscard]] const ErrorHandler& errorHandler() const noexcept { return errorHandler_; }
   void setErrorHandler(ErrorHandler handler) { errorHandler_ = std::move(handler); }
+
+  /// Hears at the end of each edit, also of a cancelled one, how long its steps took, and may read
+  /// the document. Without one, which is how a document begins, no clock is read.
+  using EditObserver = std::function<void(const EditTimes& times)>;
+  void setEditObserver(EditObserver observer) { editObserver_ = std::move(observer); }
 
   /// The document's text, with all that it can answer.
   [[nodiscard]] const DocumentText& text() const noexcept { return lines_; }
@@ -149,6 +155,7 @@ private:
   std::shared_ptr<AtomicFlag> isCancelled_;
   LayerPtr root_;
   ErrorHandler errorHandler_;
+  EditObserver editObserver_;
 };
 
 /// One language's part of a document, to read.

@@ -62,10 +62,12 @@ bool LayerImpl::intersects(TextRange range) const {
 }
 
 TextRangeSet Parse::reparse(const LayerPtr& layer, const LayerEdit& edit) {
+  edit.enter(EditPhase::treeEdit);
   std::optional<ParseTree> old = std::exchange(layer->tree, std::nullopt);
   if (old)
     ts_tree_edit(old->base(), &edit.edit);
 
+  edit.enter(EditPhase::parse);
   layer->parser.reset(); // A cancelled parse would go on where it stopped.
   setIncludedRanges(*layer);
   ParseInput input(lines_, isCancelled_.get());
@@ -75,6 +77,7 @@ TextRangeSet Parse::reparse(const LayerPtr& layer, const LayerEdit& edit) {
     return {};
   }
 
+  edit.enter(EditPhase::changes);
   TextRangeSet changed;
   if (layer->depth == 0 || layer->intersects(edit.range)) {
     if (old)
@@ -88,7 +91,9 @@ TextRangeSet Parse::reparse(const LayerPtr& layer, const LayerEdit& edit) {
 
   // The layers inside are found and parsed by the new tree, and the spans come last, when all below
   // is complete.
+  edit.enter(EditPhase::injections);
   changed.formUnion(parseInjections(layer, edit));
+  edit.enter(EditPhase::spans);
   updateLexicalSpans(*layer, edit);
   return changed;
 }

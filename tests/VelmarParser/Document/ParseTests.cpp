@@ -222,6 +222,26 @@ TEST(Parse, ACancelledParseLeavesNothingAndTheNextEditPutsAllRight) {
   EXPECT_GT(cancelled, 0) << "the canceller never came in time";
 }
 
+TEST(Parse, AnObserverHearsOfEachEditWhenTheDocumentIsWhole) {
+  using std::chrono::nanoseconds;
+  Parse document(plainLanguage(Grammar::BuiltIn::json));
+  document.replaceSubrange({0, 0}, u"[1]");
+  std::vector<std::string> trees;
+  document.setEditObserver([&](const EditTimes& times) {
+    trees.push_back(treeText(*document.rootLayer().root()));
+    EXPECT_GT(times[EditPhase::parse], nanoseconds(0));
+    EXPECT_GE(times.total(), times[EditPhase::text] + times[EditPhase::parse]);
+  });
+  document.replaceSubrange({1, 2}, u"");
+  document.replaceSubrange({1, 1}, u"22");
+  const std::string last = treeText(*document.rootLayer().root());
+  document.setEditObserver({});
+  document.replaceSubrange({0, 0}, u" ");
+  ASSERT_EQ(trees.size(), 2U);
+  EXPECT_NE(trees[0], last);
+  EXPECT_EQ(trees[1], last);
+}
+
 TEST(Parse, AGrammarOfAnUnknownFormatIsRefused) {
   // A table that claims a format from the future: only its first field, the version, is looked at.
   static const std::array<std::uint32_t, 512> table{16};

@@ -1,0 +1,109 @@
+#include "bench/packs/Documents.h"
+
+#include "VelmarPlatform/Unicode/UTF.h"
+#include "host/Languages.h"
+
+#include <array>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace velmar::bench {
+
+namespace {
+
+/// `pattern` with `number` for each "#".
+void append(std::string& text, std::string_view pattern, std::int64_t number) {
+  for (const char letter : pattern) {
+    if (letter == '#')
+      text += std::to_string(number);
+    else
+      text += letter;
+  }
+}
+
+constexpr std::string_view typeScriptPiece = R"(/** Adds up what stands before item #.
+ *  @param {number} limit - where to stop */
+export class Item# extends Base implements Summed<number> {
+  private static readonly LIMIT: number = #;
+  constructor(readonly name: string, protected value = #) {
+    super(name); // keeps the name
+    this.total# = value > 0 ? value : -1;
+    console.log(`made ${name.toUpperCase()} of ${this.value}`);
+  }
+  get words(): string[] { return this.name.split(/[\s,;]+/u).filter((word) => word.length > #); }
+  async sum(items: Map<string, Item#>, limit = MAX_COUNT): Promise<number | undefined> {
+    for (const [key, item] of items) {
+      if (item.value > limit && key !== "item #") this.total# += item.value * #;
+    }
+    return this.total# > 0 ? this.total# : undefined;
+  }
+}
+
+)";
+constexpr std::int64_t typeScriptPieceLines = 17;
+
+constexpr std::array<std::string_view, 5> fences = {
+    "```js\nconst item# = items.filter((item) => item.size > #);\nshow(`item ${item#}`); // and "
+    "on\n```\n\n",
+    "```cpp\n/// Item #.\nint sum#(const std::vector<int>& items) { return items.size() + #; "
+    "}\n```\n\n",
+    "```css\n.item-# > a:hover { color: #336699; margin: 0 #px }\n```\n\n",
+    "```html\n<p class=\"item\" id=\"item-#\" onclick=\"show(#)\">Item <b>#</b></p>\n```\n\n",
+    "```json\n{\"id\": #, \"tags\": [\"a\", true, null], \"size\": 1.5e3}\n```\n\n"};
+
+constexpr std::string_view paragraph =
+    "## Item #\n\nSome *words* about `item#`, with a [link](#item-#) and **weight**,\nin two "
+    "lines. "
+    "After them comes a list:\n\n- one thing\n- and <em>another</em>\n\n";
+
+constexpr std::string_view section = R"html(<section class="item" id="item-#">
+  <h2 style="color: teal; margin: 0 #px">Item #</h2> <!-- number # -->
+  <p>Some words with <b>weight</b> &amp; more, <a href="#item-#" onclick="show('#')">shown</a>.</p>
+  <script>
+    /** Shows item #. */
+    function show#(name, count = #) {
+      const found = items.filter((item) => /^item-\d+$/.test(item.id) && item.count > count);
+      return `${name}: ${found.length}`; // to be shown
+    }
+  </script>
+</section>
+)html";
+
+} // namespace
+
+std::u16string typeScript(std::int64_t lines) {
+  std::string text;
+  for (std::int64_t line = 0; line < lines; line += typeScriptPieceLines)
+    append(text, typeScriptPiece, line % 997);
+  return utf16RepairingUTF8(text);
+}
+
+std::u16string markdown(std::int64_t count) {
+  std::string text = "---\ntitle: Items\n---\n\n# Items\n\n";
+  for (std::int64_t index = 0; index < count; ++index) {
+    append(text, paragraph, index);
+    append(text, fences[static_cast<std::size_t>(index) % fences.size()], index);
+  }
+  return utf16RepairingUTF8(text);
+}
+
+std::u16string html(std::int64_t scripts) {
+  std::string text = "<!DOCTYPE html>\n<html>\n<head>\n<style>\n  body > p { margin: 0 auto "
+                     "}\n</style>\n</head>\n<body>\n";
+  for (std::int64_t index = 0; index < scripts; ++index)
+    append(text, section, index);
+  return utf16RepairingUTF8(text + "</body>\n</html>\n");
+}
+
+ParseConfiguration packedLanguage(std::string_view id) {
+  // Never destroyed: configurations refer to it.
+  static auto& languages = *new host::Languages({.packs = FilePath(VELMAR_SOURCE_DIR "/packs"),
+                                                 .shipped = FilePath(VELMAR_SOURCE_DIR "/packs"),
+                                                 .note = ""});
+  const auto configuration = languages.configurationFor(LanguageID{std::string(id)});
+  if (!configuration)
+    throw std::invalid_argument("There is no language \"" + std::string(id) + "\".");
+  return *configuration;
+}
+
+} // namespace velmar::bench

@@ -1,0 +1,24 @@
+// Documents as people write them, with other languages inside, in any length; and their languages
+// as the host resolves them. The same text on every run.
+#pragma once
+
+#include "VelmarParser/Document/ParseConfiguration.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace velmar::bench {
+
+/// Classes with doc comments, expressions, template strings and types.
+[[nodiscard]] std::u16string typeScript(std::int64_t lines);
+/// Paragraphs, lists and fences in five languages.
+[[nodiscard]] std::u16string markdown(std::int64_t fences);
+/// Sections with a script each, and with styles and handlers in attributes.
+[[nodiscard]] std::u16string html(std::int64_t scripts);
+
+/// With the packs of the source tree. Always the same one for the same language, so what it has
+/// compiled stays at hand; for one thread.
+[[nodiscard]] ParseConfiguration packedLanguage(std::string_view id);
+
+} // namespace velmar::bench
