@@ -38,6 +38,11 @@ const Option& optionNamed(const Command& command, std::string_view name) {
   throw UsageError(fmt::format("Unknown option “{}”{}", name, endWithSuggestion(name, names)));
 }
 
+/// "-" is standard input, and "-:2:5" a place in it.
+bool isOperand(std::string_view word) {
+  return !word.starts_with('-') || word == "-" || word.starts_with("-:");
+}
+
 } // namespace
 
 std::optional<std::string_view> Arguments::valueOf(std::string_view option) const {
@@ -52,7 +57,7 @@ Arguments parseArguments(const Command& command, std::span<const std::string> wo
       arguments.operands.insert(arguments.operands.end(), word + 1, words.end());
       break;
     }
-    if (*word == "-" || !word->starts_with('-')) {
+    if (isOperand(*word)) {
       arguments.operands.push_back(*word);
       continue;
     }

@@ -61,7 +61,7 @@ struct Command {
 };
 
 /// Sorts `words` by the command's options. Takes "--name value" and "--name=value"; "--" makes all
-/// that follows operands, and a lone "-" is an operand. Throws UsageError for unknown options,
+/// that follows operands, and standard input, "-" or a place "-:2:5", is an operand. Throws UsageError for unknown options,
 /// missing and superfluous values.
 [[nodiscard]] Arguments parseArguments(const Command& command, std::span<const std::string> words);
 

@@ -34,18 +34,21 @@ std::optional<std::int64_t> takeNumber(std::string& text) {
   return number;
 }
 
+/// Whether it ends in what was meant to be a number, such as ":0".
+bool endsInDigits(std::string_view text) {
+  const std::size_t before = text.find_last_not_of("0123456789");
+  return before != text.npos && text[before] == ':' && before + 1 < text.size();
+}
+
 NamedPlace placeNamed(const std::string& operand) {
   NamedPlace place{.path = operand};
   const auto last = takeNumber(place.path);
-  if (!last)
+  const auto line = last ? takeNumber(place.path) : std::nullopt;
+  if (!last || endsInDigits(place.path))
     throw UsageError(
         fmt::format("“{}” names no place; write “FILE:LINE:COLUMN”, counting from 1.", operand));
-  if (const auto line = takeNumber(place.path)) {
-    place.line = *line;
-    place.column = *last;
-  } else {
-    place.line = *last;
-  }
+  place.line = line.value_or(*last);
+  place.column = line ? *last : 1;
   return place;
 }
 
@@ -108,10 +111,11 @@ Command explainCommand() {
           "\n"
           "Lines and columns count from 1, columns in UTF-16 code units. Without a column it is "
           "the\n"
-          "first.\n",
+          "first. FILE is “-” for standard input.\n",
       .options = {languageOption(), verboseOption()},
       .examples = {{"velmar explain main.cpp:12:8", "What is at column 8 of line 12."},
-                   {"velmar explain page.html:40", "At the start of line 40."}},
+                   {"velmar explain page.html:40", "At the start of line 40."},
+                   {"velmar explain -:1:5 --language css <a", "In a text from elsewhere."}},
       .run = run,
   };
 }

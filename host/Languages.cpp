@@ -45,6 +45,11 @@ std::string_view trimmed(std::string_view name) {
   return name;
 }
 
+/// Without what follows the language at once, as in "js{1,3}" or "rust,ignore".
+std::string_view firstWordOf(std::string_view name) {
+  return name.substr(0, name.find_first_of(" \t,{(["));
+}
+
 } // namespace
 
 LanguageFolders LanguageFolders::find(const Streams& streams) {
@@ -102,7 +107,10 @@ std::optional<PackText> Languages::textFor(ParseQueryCategory category,
 
 std::optional<ParseConfiguration> Languages::configurationMatching(std::string_view languageName,
                                                                    const ParseConfiguration&) {
-  const Language* language = languageNamed(trimmed(languageName));
+  const std::string_view name = trimmed(languageName);
+  const Language* language = languageNamed(name);
+  if (!language)
+    language = languageNamed(firstWordOf(name));
   return language ? configurationFor(language->id) : std::nullopt;
 }
 

@@ -56,7 +56,7 @@ std::vector<FoundCapture> capturesAt(const Parse& parse, const Parse::Layer& lay
     }
   }
   std::ranges::sort(found, {}, [](const FoundCapture& capture) {
-    return std::tuple(capture.range.lowerBound, capture.range.upperBound,
+    return std::tuple(capture.range.lowerBound, -capture.range.upperBound, // the outer one first
                       numberIn(capture.priority), capture.specificity, capture.order);
   });
   return found;

@@ -115,10 +115,13 @@ Command treeCommand() {
       .details =
           "A line shows a node: its field, its type (tokens in quotation marks), its range in "
           "UTF-16\n"
-          "code units, the same by line and column from 0, and the text of short leaves. ERROR is\n"
-          "text that fits no rule; MISSING is what the parser put in to go on. The last line "
+          "code units from 0, the same by line and column from 1, and the text of short leaves. "
+          "ERROR\n"
+          "is text that fits no rule; MISSING is what the parser put in to go on. The last line "
           "counts\n"
-          "units, lines and nodes and gives the time of the parse.\n"
+          "units, lines and nodes and gives the time of the parse. In JSON lines and columns "
+          "count\n"
+          "from 0.\n"
           "\n"
           "FILE is “-” for standard input. Its name or its interpreter line tells the language.\n",
       .options = {{"--language", "ID", "Parse as this language, whatever the file is called."},

@@ -110,8 +110,8 @@ public:
     const auto range = node.utf16Range();
     const auto places = node.textRange();
     output_.write(fmt::format(" {}..<{} {}:{}-{}:{}", range.lowerBound, range.upperBound,
-                              places.lowerBound.line, places.lowerBound.column,
-                              places.upperBound.line, places.upperBound.column),
+                              places.lowerBound.line + 1, places.lowerBound.column + 1,
+                              places.upperBound.line + 1, places.upperBound.column + 1),
                   Style::faint);
     if (const std::string leaf = leafText(node, text_); !leaf.empty())
       output_.write(" " + leaf);

@@ -3,6 +3,7 @@
 #include "VelmarParser/Grammar/BuiltInGrammars.h"
 #include "VelmarPlatform/Basics/Precondition.h"
 #include "VelmarPlatform/Files/DynamicLibrary.h"
+#include "VelmarPlatform/Unicode/UTF.h"
 
 #include <fmt/format.h>
 #include <ostream>
@@ -23,7 +24,8 @@ std::optional<std::string_view> textOf(const char* text) {
 DynamicGrammarError DynamicGrammarError::libraryLoadFailed(const FilePath& path,
                                                            std::string_view loaderMessage) {
   return {Kind::libraryLoadFailed,
-          fmt::format("Failed to load dynamic library “{}”: {}", path.string(), loaderMessage)};
+          fmt::format("Failed to load dynamic library “{}”: {}", path.description(),
+                      repairedUTF8(loaderMessage))}; // which names the path once more
 }
 
 DynamicGrammarError DynamicGrammarError::functionNotFound(std::string_view symbol,

@@ -41,7 +41,11 @@ TEST_F(LanguagesOverPacks, NamesAreTakenInAnyCaseWithWhatFencesPutAround) {
   EXPECT_EQ(nameOf("sh"), "shell");
   EXPECT_EQ(nameOf("C++"), "cpp");
   EXPECT_EQ(nameOf(" {.ts} "), "typescript");
+  EXPECT_EQ(nameOf("js{1,3}"), "javascript");
+  EXPECT_EQ(nameOf("C++,linenos {2}"), "cpp");
+  EXPECT_EQ(nameOf("{.ts .numbered}"), "typescript");
   EXPECT_EQ(nameOf("klingon"), std::nullopt);
+  EXPECT_EQ(nameOf("{,js"), std::nullopt);
   EXPECT_EQ(nameOf(""), std::nullopt);
   EXPECT_EQ(nameOf("{.}"), std::nullopt);
 }

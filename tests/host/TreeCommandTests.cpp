@@ -40,27 +40,27 @@ TEST_F(TreeCommand, PrintsFieldsRangesAndText) {
   const auto result = runHost({"tree", fileWith("a.json", "{\"ä\":\n[1]}")});
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_EQ(result.errors, "");
-  EXPECT_EQ(result.output, R"(document 0..<10 0:0-1:4
-  object 0..<10 0:0-1:4
-    "{" 0..<1 0:0-0:1
-    pair 1..<9 0:1-1:3
-      key: string 1..<4 0:1-0:4
-        "\"" 1..<2 0:1-0:2
-        string_content 2..<3 0:2-0:3 ä
-        "\"" 3..<4 0:3-0:4
-      ":" 4..<5 0:4-0:5
-      value: array 6..<9 1:0-1:3
-        "[" 6..<7 1:0-1:1
-        number 7..<8 1:1-1:2 1
-        "]" 8..<9 1:2-1:3
-    "}" 9..<10 1:3-1:4
+  EXPECT_EQ(result.output, R"(document 0..<10 1:1-2:5
+  object 0..<10 1:1-2:5
+    "{" 0..<1 1:1-1:2
+    pair 1..<9 1:2-2:4
+      key: string 1..<4 1:2-1:5
+        "\"" 1..<2 1:2-1:3
+        string_content 2..<3 1:3-1:4 ä
+        "\"" 3..<4 1:4-1:5
+      ":" 4..<5 1:5-1:6
+      value: array 6..<9 2:1-2:4
+        "[" 6..<7 2:1-2:2
+        number 7..<8 2:2-2:3 1
+        "]" 8..<9 2:3-2:4
+    "}" 9..<10 2:4-2:5
 json: 10 units, 2 lines, 14 nodes, 1.50 ms
 )");
 }
 
 TEST_F(TreeCommand, MarksErrorsAndWhatIsMissing) {
   const auto missing = runHost({"tree", "-", "--language", "json"}, {.standardInput = "[1"});
-  EXPECT_THAT(missing.output, HasSubstr("    MISSING \"]\" 2..<2 0:2-0:2\n"));
+  EXPECT_THAT(missing.output, HasSubstr("    MISSING \"]\" 2..<2 1:3-1:3\n"));
   EXPECT_THAT(missing.output, EndsWith("5 nodes, 1 missing, 1.50 ms\n"));
   const auto error =
       runHost({"tree", "-", "--language", "json"}, {.standardInput = "[1}]", .isTerminal = true});

@@ -1,5 +1,6 @@
 #include "VelmarParser/Grammar/Grammar.h"
 #include "VelmarParser/Grammar/Parser.h"
+#include "VelmarPlatform/Unicode/UTF.h"
 #include "tests/VelmarParser/Grammar/ParsedSource.h"
 
 #include <gmock/gmock.h>
@@ -79,16 +80,18 @@ TEST_P(DynamicGrammarLoad, FailureNamesThePathAndTheLoadersReason) {
   } catch (const DynamicGrammarError& error) {
     EXPECT_EQ(error.kind(), DynamicGrammarError::Kind::libraryLoadFailed);
     EXPECT_THAT(error.message(), ::testing::StartsWith("Failed to load dynamic library “" +
-                                                       GetParam().path + "”: "));
+                                                       repairedUTF8(GetParam().path) + "”: "));
+    EXPECT_EQ(error.message(), repairedUTF8(error.message()));
     EXPECT_THAT(error.message(), ::testing::HasSubstr(GetParam().loaderSays));
   }
 }
-INSTANTIATE_TEST_SUITE_P(Cases, DynamicGrammarLoad,
-                         ::testing::Values(BadLibrary{"NoFile", "/nowhere/garden.so",
-                                                      "No such file or directory"},
-                                           BadLibrary{"NoLibrary", VELMAR_SOURCE_DIR "/README.md",
-                                                      "invalid ELF header"}),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Cases, DynamicGrammarLoad,
+    ::testing::Values(BadLibrary{"NoFile", "/nowhere/garden.so", "No such file or directory"},
+                      BadLibrary{"NoText", "/nowhere/\xFF.so", "No such file or directory"},
+                      BadLibrary{"NoLibrary", VELMAR_SOURCE_DIR "/README.md",
+                                 "invalid ELF header"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace
 } // namespace velmar
