@@ -253,7 +253,6 @@ TextRangeSet Parse::parseInjections(const LayerPtr& layer, const LayerEdit& edit
   const auto query = queryFor(ParseQueryCategory::injections, layer->configuration);
   if (!query || !layer->tree || layer->depth >= deepestLayer) {
     layer->sublayers.clear();
-    layer->lexicalSpans = noLexicalSpans();
     return {};
   }
 

@@ -62,6 +62,8 @@ struct LayerImpl {
   std::optional<ParseTree> tree;
   /// As long as the document.
   LexicalSpans lexicalSpans;
+  /// Whether the spans of a part of the layer can be told from that part.
+  bool spansArePiecewise = false;
   std::weak_ptr<LayerImpl> parent;
   /// In the order of the first place of each.
   std::vector<std::shared_ptr<LayerImpl>> sublayers;
@@ -86,6 +88,14 @@ struct LayerEdit {
 
   /// Where the edited text ended before.
   [[nodiscard]] std::int64_t oldUpperBound() const { return range.upperBound - changeInLength; }
+};
+
+/// What an edit did to a layer's tree, for those who keep what they have found in it.
+struct LayerChange {
+  /// The tree before, edited so that its offsets are those of the new text; null if there was none.
+  const ParseTree* old = nullptr;
+  /// Touches each node of either tree that has no equal in the other, or whose text changed.
+  TextRangeSet dirty;
 };
 
 } // namespace detail

@@ -109,7 +109,8 @@ void Parse::checkInvariants() const {
     layer.ranges().checkInvariants();
     layer.languageNameRanges().checkInvariants();
     layer.lexicalSpans().checkInvariants();
-    precondition(layer.lexicalSpans().count() == count(), "Lexical spans are as long as the document.");
+    precondition(layer.lexicalSpans().count() == count(),
+                 "Lexical spans are as long as the document.");
   }
 }
 

@@ -121,8 +121,8 @@ public:
   [[nodiscard]] std::shared_ptr<const Query>
   queryFor(ParseQueryCategory category, const ParseConfiguration& configuration) const;
 
-  /// Stops the process with a message if the line table, a range set or a run array isn't what it must be. O(document) for
-  /// each layer; builds with VELMAR_CHECKED do it after each edit.
+  /// Stops the process with a message if the line table, a range set or a run array isn't what it
+  /// must be. O(document) for each layer; builds with VELMAR_CHECKED do it after each edit.
   void checkInvariants() const;
 
   /// What `operation` gives; absent if it throws, and then the error handler hears of it under
@@ -148,7 +148,8 @@ private:
   [[nodiscard]] std::vector<LayerPtr> sublayersAt(std::span<const detail::InjectionPoint> points,
                                                   std::span<const LayerPtr> old,
                                                   const LayerPtr& layer);
-  void updateLexicalSpans(detail::LayerImpl& layer, const detail::LayerEdit& edit);
+  void updateLexicalSpans(detail::LayerImpl& layer, const detail::LayerEdit& edit,
+                          const detail::LayerChange& change);
   [[nodiscard]] LexicalSpans noLexicalSpans() const { return {std::nullopt, lines_.count()}; }
 
   DocumentText lines_;

@@ -39,13 +39,33 @@ using CacheByKey = LockedState<std::map<Key, std::optional<Cached<Value>>, std::
 template <class Value>
 using SingleCache = LockedState<std::optional<Cached<Value>>>;
 
-/// The highlights query cut down to what gives a lexical class that the engine itself reads.
-void disableCapturesWithoutLexicalClass(Query& query) {
-  for (std::size_t index = 0; index < query.captureSelectors().size(); ++index) {
-    const auto& selector = query.captureSelectors()[index];
-    if (!selector || !selector->lexicalClass())
-      query.disableCaptureAt(static_cast<std::int64_t>(index));
+bool givesLexicalClass(const Query& query, std::int64_t captureID) {
+  const auto& selector = query.captureSelectors()[static_cast<std::size_t>(captureID)];
+  return selector && selector->lexicalClass();
+}
+
+/// What a highlights query finds of keywords, strings, expressions and comments, in a query that
+/// finds nothing else: the patterns for these, and in them the captures.
+QueryPtr lexicalClassesIn(const Query& highlights) {
+  const auto captureCount = static_cast<std::int64_t>(highlights.captureNames().size());
+  std::string text;
+  for (const Query::Pattern pattern : highlights.patterns()) {
+    for (std::int64_t id = 0; id < captureCount; ++id) {
+      if (givesLexicalClass(highlights, id) && highlights.patternCaptures(pattern.index(), id)) {
+        const auto [start, end] = pattern.byteRange();
+        text.append(highlights.text(), static_cast<std::size_t>(start),
+                    static_cast<std::size_t>(end - start));
+        text += '\n';
+        break;
+      }
+    }
   }
+  auto query = std::make_shared<Query>(text, highlights.grammar());
+  for (std::int64_t id = 0; id < static_cast<std::int64_t>(query->captureNames().size()); ++id) {
+    if (!givesLexicalClass(*query, id))
+      query->disableCaptureAt(id);
+  }
+  return query;
 }
 
 } // namespace
@@ -130,9 +150,11 @@ QueryPtr ParseConfiguration::lexicalClassesQuery() const {
       const auto text = shared_->resolver->queryTextFor(ParseQueryCategory::highlights, *this);
       if (!text)
         return nullptr;
-      auto query = std::make_shared<Query>(*text, shared_->grammar);
-      disableCapturesWithoutLexicalClass(*query);
-      return query;
+      // Compiling is the dear part, and most often the whole query is at hand or soon wanted.
+      QueryPtr highlights = queryFor(ParseQueryCategory::highlights);
+      if (!highlights || highlights->text() != *text)
+        highlights = shared_->compile(text);
+      return lexicalClassesIn(*highlights);
     });
   });
 }

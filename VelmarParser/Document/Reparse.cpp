@@ -9,22 +9,27 @@
 
 namespace velmar {
 
+using detail::LayerChange;
 using detail::LayerEdit;
 using detail::LayerImpl;
 using detail::treeRange;
 
 namespace {
 
-/// What a new tree changed against the edited old one, also where the runtime reports no difference
-/// in structure.
-TextRangeSet changedRanges(const ParseTree& tree, const ParseTree& old, const LayerImpl& layer,
-                           TextRange edited) {
+TextRangeSet reportedRanges(const ParseTree& tree, const ParseTree& old) {
+  TextRangeSet ranges;
+  for (const TSRange& range : tree.changedRangesFrom(old))
+    ranges.insertContentsOf(utf16Range({range.start_byte}, {range.end_byte}));
+  return ranges;
+}
+
+/// What a new tree changed against the edited old one, also where the runtime has reported no
+/// difference in structure.
+TextRangeSet changedRanges(const TextRangeSet& reported, const ParseTree& old,
+                           const LayerImpl& layer, TextRange edited) {
+  if (!reported.isEmpty())
+    return reported;
   TextRangeSet changed;
-  const std::vector<TSRange> reported = tree.changedRangesFrom(old);
-  for (const TSRange& range : reported)
-    changed.insertContentsOf(utf16Range({range.start_byte}, {range.end_byte}));
-  if (!reported.empty())
-    return changed;
   const ParseNode root = old.rootNode();
   if (root.hasChanges()) {
     if (const auto extent = editedExtentOf(*old.base()))
@@ -35,6 +40,27 @@ TextRangeSet changedRanges(const ParseTree& tree, const ParseTree& old, const La
   if (layer.depth > 0)
     changed.formIntersection(layer.ranges);
   return changed;
+}
+
+/// What touches every node that the two trees don't have in common, or whose text was edited. A
+/// unit on either side of a place makes the nodes that end or begin there count.
+TextRangeSet dirtyRanges(const TextRangeSet& reported, const ParseTree& old, const ParseTree& tree,
+                         TextRange edited) {
+  TextRangeSet dirty = reported;
+  const auto insertAround = [&](std::int64_t lower, std::int64_t upper) {
+    dirty.insertContentsOf({std::max<std::int64_t>(lower - 1, 0), upper + 1});
+  };
+  insertAround(edited.lowerBound, edited.upperBound);
+  // A root begins at its first child, so a blank in front moves it.
+  const TextRange before = old.rootNode().utf16Range();
+  const TextRange after = tree.rootNode().utf16Range();
+  if (before.lowerBound != after.lowerBound)
+    insertAround(std::min(before.lowerBound, after.lowerBound),
+                 std::max(before.lowerBound, after.lowerBound));
+  if (before.upperBound != after.upperBound)
+    insertAround(std::min(before.upperBound, after.upperBound),
+                 std::max(before.upperBound, after.upperBound));
+  return dirty;
 }
 
 /// A new tree shares all nodes with the old one but those in what changed, and only these are freed
@@ -78,15 +104,17 @@ TextRangeSet Parse::reparse(const LayerPtr& layer, const LayerEdit& edit) {
   }
 
   edit.enter(EditPhase::changes);
+  LayerChange change;
   TextRangeSet changed;
-  if (layer->depth == 0 || layer->intersects(edit.range)) {
-    if (old)
-      changed = changedRanges(*tree, *old, *layer, edit.range);
-    else
-      changed = layer->depth > 0 ? layer->ranges : TextRangeSet({0, lines_.count()});
+  const bool isTouched = layer->depth == 0 || layer->intersects(edit.range);
+  if (old) {
+    const TextRangeSet reported = reportedRanges(*tree, *old);
+    change = {&*old, dirtyRanges(reported, *old, *tree, edit.range)};
+    if (isTouched)
+      changed = changedRanges(reported, *old, *layer, edit.range);
+  } else if (isTouched) {
+    changed = layer->depth > 0 ? layer->ranges : TextRangeSet({0, lines_.count()});
   }
-  if (old)
-    disposeOld(std::move(*old), changed);
   layer->tree = std::move(tree);
 
   // The layers inside are found and parsed by the new tree, and the spans come last, when all below
@@ -94,7 +122,9 @@ TextRangeSet Parse::reparse(const LayerPtr& layer, const LayerEdit& edit) {
   edit.enter(EditPhase::injections);
   changed.formUnion(parseInjections(layer, edit));
   edit.enter(EditPhase::spans);
-  updateLexicalSpans(*layer, edit);
+  updateLexicalSpans(*layer, edit, change);
+  if (old)
+    disposeOld(std::move(*old), change.dirty);
   return changed;
 }
 

@@ -89,7 +89,7 @@ bool takes(std::vector<P>& family, std::string_view name, QueryPredicateArgument
 } // namespace
 
 Query::Query(std::string_view text, std::shared_ptr<const Grammar> grammar)
-    : grammar_(std::move(grammar)), base_(compiled(text, grammar_)) {
+    : text_(text), grammar_(std::move(grammar)), base_(compiled(text_, grammar_)) {
   readCaptures();
   const std::uint32_t count = ts_query_pattern_count(base_.get());
   filterPredicates_.resize(count);
@@ -168,6 +168,26 @@ void Query::disableCaptureAt(std::int64_t captureID) {
 
 void Query::disableCaptureNamed(std::string_view name) {
   ts_query_disable_capture(base_.get(), name.data(), static_cast<std::uint32_t>(name.size()));
+}
+
+bool Query::patternCaptures(std::int64_t pattern, std::int64_t captureID) const {
+  return ts_query_capture_quantifier_for_id(base_.get(), static_cast<std::uint32_t>(pattern),
+                                            static_cast<std::uint32_t>(captureID)) !=
+         TSQuantifierZero;
+}
+
+bool Query::asksForSurroundings() const {
+  using namespace QueryPredicates;
+  constexpr auto asks = [](const Filter& filter) {
+    return std::holds_alternative<Filter::HasParent>(filter.test) ||
+           std::holds_alternative<Filter::HasAncestor>(filter.test) ||
+           std::holds_alternative<Filter::HasParentField>(filter.test) ||
+           std::holds_alternative<Filter::HasAncestorField>(filter.test) ||
+           std::holds_alternative<Filter::IsNthChild>(filter.test);
+  };
+  return std::ranges::any_of(filterPredicates_, [&](const auto& ofPattern) {
+    return std::ranges::any_of(ofPattern, asks);
+  });
 }
 
 Query::Matches Query::matchesIn(ParseNode node) const {

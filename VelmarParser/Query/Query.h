@@ -60,6 +60,7 @@ public:
 
   [[nodiscard]] const TSQuery* base() const noexcept { return base_.get(); }
   [[nodiscard]] const std::shared_ptr<const Grammar>& grammar() const noexcept { return grammar_; }
+  [[nodiscard]] const std::string& text() const noexcept { return text_; }
 
   /// By capture id.
   [[nodiscard]] const std::vector<std::string>& captureNames() const noexcept {
@@ -114,6 +115,12 @@ public:
   /// the query doesn't have.
   void disableCaptureAt(std::int64_t captureID);
   void disableCaptureNamed(std::string_view name);
+  /// Whether the pattern, which must exist, can give a capture of that id. O(1).
+  [[nodiscard]] bool patternCaptures(std::int64_t pattern, std::int64_t captureID) const;
+  /// Whether some predicate asks where a captured node stands: what its parent or its ancestors
+  /// are, or which child it is. Without such, a match depends on nothing outside its own nodes and
+  /// their parent.
+  [[nodiscard]] bool asksForSurroundings() const;
 
 private:
   struct Deleter {
@@ -124,6 +131,7 @@ private:
   void readPredicates(std::int64_t pattern);
   void add(std::int64_t pattern, std::vector<QueryPredicateArgument> arguments);
 
+  std::string text_;
   std::shared_ptr<const Grammar> grammar_; // outlives `base_`, which reads its tables
   std::unique_ptr<TSQuery, Deleter> base_;
   std::vector<std::string> captureNames_;
