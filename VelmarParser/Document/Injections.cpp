@@ -1,37 +1,33 @@
-// Finding the languages inside a layer after its parse, and keeping, making and dropping sublayers
-// for them.
+// Keeping, making and dropping sublayers for the languages inside a layer after its parse.
+//
+// The rule is told for all places of a layer's injections at once: they are gone through in order,
+// and each takes the old sublayer that stands there or gets a new one. That is
+// `parseAllInjections`. As long as the sublayers are settled (LayerImpl.h), what the rule does away
+// from a change is known beforehand: every sublayer is found again, moved. So at most edits only a
+// region around the change is gone through, and the sublayers elsewhere aren't even looked at.
 
 #include "VelmarCore/Text/RangeComparator.h"
+#include "VelmarParser/Document/ChangedRegion.h"
 #include "VelmarParser/Document/InjectionPoint.h"
+#include "VelmarParser/Document/KeptSublayers.h"
 #include "VelmarParser/Document/Parse.h"
-#include "VelmarParser/Grammar/TreeUnits.h"
-#include "VelmarParser/Query/QueryMatches.h"
-#include "VelmarPlatform/Unicode/UTF.h"
+#include "VelmarParser/Grammar/TreeChanges.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
-#include <unordered_set>
+#include <unordered_map>
 
 namespace velmar {
 
 using detail::InjectionPoint;
+using detail::KeptSublayers;
+using detail::LayerChange;
 using detail::LayerEdit;
 using detail::LayerImpl;
+using detail::MovedSublayer;
+using detail::RegionPart;
 using detail::treeRange;
-
-std::span<const std::string_view> rawValuesOf(InjectionCapture) {
-  static constexpr std::string_view texts[] = {
-      "injection.language",      "injection.content",
-      "injection.content.start", "injection.content.start.before",
-      "injection.content.end",   "injection.content.end.after"};
-  return texts;
-}
-
-std::span<const std::string_view> rawValuesOf(InjectionMetadata) {
-  static constexpr std::string_view texts[] = {"injection.language", "injection.self",
-                                               "injection.parent", "injection.combined",
-                                               "injection.reset"};
-  return texts;
-}
 
 namespace {
 
@@ -39,258 +35,159 @@ namespace {
 constexpr std::int64_t deepestLayer = 64;
 
 using LayerPtr = std::shared_ptr<LayerImpl>;
-using Metadata = KeyedQueryMatchMetadata<InjectionMetadata, QueryMatchMetadata>;
 
-/// What the captures of one match say.
-struct InjectionCaptures {
-  std::optional<TextRange> languageNode;
-  std::vector<TextRange> contentNodes;
-  std::optional<std::int64_t> start;
-  std::optional<std::int64_t> end;
+/// Whether sublayers at these points, and nowhere else, would be found again at an edit that
+/// doesn't touch them.
+bool canSettle(std::span<const InjectionPoint> points) {
+  std::int64_t end = 0;
+  return std::ranges::all_of(points, [&](const InjectionPoint& point) {
+    const bool isApart = point.range.lowerBound >= end;
+    end = point.range.upperBound;
+    return isApart && !point.isCombined && point.contentRanges.ranges().size() == 1 &&
+           !(point.languageNameRange && point.languageNameRange->isEmpty());
+  });
+}
 
-  explicit InjectionCaptures(const Query::Match& match) {
-    for (const auto& capture : match.capturesNamed<InjectionCapture>())
-      add(capture.name, capture.node().utf16Range());
-  }
+template <class T>
+void replaceElements(std::vector<T>& list, std::size_t first, std::size_t last,
+                     std::span<const T> replacements) {
+  const auto at = list.begin() + static_cast<std::ptrdiff_t>(first);
+  const std::size_t common = std::min(last - first, replacements.size());
+  std::ranges::copy(replacements.first(common), at);
+  const auto rest = at + static_cast<std::ptrdiff_t>(common);
+  if (common < last - first)
+    list.erase(rest, list.begin() + static_cast<std::ptrdiff_t>(last));
+  else
+    list.insert(rest, replacements.begin() + static_cast<std::ptrdiff_t>(common),
+                replacements.end());
+}
 
-  /// From the start to the end if both are there and in order; else what content nodes there are.
-  [[nodiscard]] TextRangeSet content() const {
-    if (start && end && *start < *end)
-      return TextRangeSet({*start, *end});
-    return TextRangeSet(contentNodes);
-  }
+/// A layer that left the document keeps what it last was.
+void retire(LayerImpl& layer) {
+  layer.editsSeen = LayerImpl::isRetired;
+  for (const LayerPtr& sublayer : layer.sublayers)
+    retire(*sublayer);
+}
 
-private:
-  void add(InjectionCapture kind, TextRange node) {
-    const auto startAt = [&](std::int64_t offset) {
-      start = std::max(start.value_or(offset), offset);
-    };
-    const auto endAt = [&](std::int64_t offset) { end = std::min(end.value_or(offset), offset); };
-    switch (kind) {
-    case InjectionCapture::language:
-      if (!languageNode)
-        languageNode = node;
-      break;
-    case InjectionCapture::content:
-      contentNodes.push_back(node);
-      break;
-    case InjectionCapture::contentStart:
-      startAt(node.upperBound);
-      break;
-    case InjectionCapture::contentStartBefore:
-      startAt(node.lowerBound);
-      break;
-    case InjectionCapture::contentEnd:
-      endAt(node.lowerBound);
-      break;
-    case InjectionCapture::contentEndAfter:
-      endAt(node.upperBound);
-      break;
-    }
-  }
-};
+/// Whether an edit moves the columns of a place behind it, which some grammars look at.
+bool movesColumns(const LayerEdit& edit, TSPoint place) {
+  return place.row == edit.edit.old_end_point.row &&
+         edit.edit.old_end_point.column != edit.edit.new_end_point.column;
+}
 
-/// The language that a match injects, as far as its properties say, or the name of one that is
-/// still to be resolved.
-struct InjectedLanguage {
-  std::optional<ParseConfiguration> configuration;
-  std::optional<std::string> name;
-
-  InjectedLanguage(const Metadata& metadata, const LayerImpl& layer) {
-    if (const auto* const value = metadata.valueFor(InjectionMetadata::language)) {
-      name = value->text();
-    } else if (metadata.isSet(InjectionMetadata::languageSelf)) {
-      configuration = layer.configuration;
-    } else if (metadata.isSet(InjectionMetadata::languageParent)) {
-      if (const LayerPtr parent = layer.parent.lock())
-        configuration = parent->configuration;
-    }
-  }
-};
-
-/// Moves sublayers along with an edit, before it is known which of them stay.
-class MovedSublayers {
-public:
-  explicit MovedSublayers(const LayerEdit& edit) : edit_(edit) {}
-
-  /// What `layer` covered, in the new text, with the edit where it touched one of its ranges.
-  TextRangeSet move(LayerImpl& layer) const {
-    TextRangeSet affected;
-    TextRangeSet untouched;
-    for (const TextRange& range : layer.ranges.ranges()) {
-      if (const auto moved = movedUntouched(range)) {
-        untouched.insertContentsOf(*moved);
-        affected.insertContentsOf(*moved);
-      } else {
-        affected.insertContentsOf(
-            {std::min(range.lowerBound, edit_.range.lowerBound),
-             std::max(range.upperBound, edit_.oldUpperBound()) + edit_.changeInLength});
-      }
-    }
-    layer.ranges = std::move(untouched);
-
-    TextRangeSet names;
-    for (const TextRange& range : layer.languageNameRanges.ranges()) {
-      if (const auto moved = movedUntouched(range))
-        names.insertContentsOf(*moved);
-    }
-    layer.languageNameRanges = std::move(names);
-    return affected;
-  }
-
-private:
-  /// Where a range lies now; absent if the edit touched it.
-  [[nodiscard]] std::optional<TextRange> movedUntouched(TextRange range) const {
-    if (range.upperBound <= edit_.range.lowerBound)
-      return range;
-    if (range.lowerBound >= edit_.oldUpperBound())
-      return TextRange(range.lowerBound + edit_.changeInLength,
-                       range.upperBound + edit_.changeInLength);
-    return std::nullopt;
-  }
-
-  const LayerEdit& edit_;
-};
-
-/// Searches the old sublayers for those that can be kept, forward only: points and sublayers are
-/// both in text order.
-class KeptSublayers {
-public:
-  explicit KeptSublayers(std::span<const LayerPtr> old) : old_(old) {}
-
-  /// The old sublayer that stands where `point` is, emptied; null if there is none.
-  LayerPtr take(const InjectionPoint& point) {
-    std::size_t index = cursor_;
-    for (; index < old_.size(); ++index) {
-      LayerImpl& layer = *old_[index];
-      if (layer.ranges.isEmpty())
-        continue;
-      const TextRange first = layer.ranges.ranges().front();
-      if (fits(layer, first, point)) {
-        if (layer.configuration.id() != point.configuration.id())
-          continue;
-        cursor_ = index;
-        layer.ranges = {};
-        layer.includedRanges.clear();
-        layer.languageNameRanges = {};
-        return old_[index];
-      }
-      if (point.range.containsRange(first) || first.lowerBound >= point.range.upperBound)
-        break;
-    }
-    if (index > cursor_)
-      cursor_ = index - 1; // the last one passed: another language at the same place may want it
-    return nullptr;
-  }
-
-private:
-  static bool fits(const LayerImpl& layer, TextRange first, const InjectionPoint& point) {
-    if (point.range != first)
-      return false;
-    const auto names = layer.languageNameRanges.ranges();
-    return names.empty() ? !point.languageNameRange : point.languageNameRange == names.front();
-  }
-
-  std::span<const LayerPtr> old_;
-  std::size_t cursor_ = 0;
-};
+/// Of ranges in text order, none inside another, those that overlap `range`, as indices.
+Range<std::size_t> indicesIn(std::span<const TextRange> ranges, TextRange range) {
+  const auto first = std::ranges::partition_point(
+      ranges, [&](const TextRange& each) { return each.upperBound <= range.lowerBound; });
+  const auto last = std::find_if(first, ranges.end(), [&](const TextRange& each) {
+    return each.lowerBound >= range.upperBound;
+  });
+  return {static_cast<std::size_t>(first - ranges.begin()),
+          static_cast<std::size_t>(last - ranges.begin())};
+}
 
 } // namespace
 
-TSRange detail::treeRange(TextRange range, const DocumentText& text) {
-  return {.start_point = treePoint(text.positionOf(range.lowerBound)),
-          .end_point = treePoint(text.positionOf(range.upperBound)),
-          .start_byte = treeByte(range.lowerBound).value,
-          .end_byte = treeByte(range.upperBound).value};
-}
-
-std::vector<InjectionPoint>
-Parse::injectionPoints(const LayerImpl& layer, RegularExpressionPass& pass,
-                       const std::shared_ptr<const Query>& query) const {
-  std::vector<InjectionPoint> points;
-  const ParseNode root = layer.rootNode();
-  const QueryMatches matches(query, root, root.utf16Range(), lines_, {}, &pass);
-  for (const auto& match : matches.withMetadataKeyedBy<InjectionMetadata>()) {
-    const InjectionCaptures captures(match.base);
-    TextRangeSet content = captures.content();
-    content.formIntersection(layer.ranges);
-    if (content.isEmpty())
-      continue;
-
-    InjectedLanguage language(match.metadata, layer);
-    std::optional<TextRange> nameRange;
-    if (!language.name && captures.languageNode) {
-      language.name = utf8RepairingUTF16(lines_.substringFor(*captures.languageNode));
-      nameRange = captures.languageNode;
-    }
-    if (!language.configuration && language.name) {
-      language.configuration = withErrorHandling(
-          [] { return "injections"; }, layer.configuration,
-          [&] { return layer.configuration.injectionConfigurationMatching(*language.name); });
-    }
-    if (!language.configuration)
-      continue;
-
-    const auto hull = [](const TextRangeSet& set) {
-      return TextRange(set.ranges().front().lowerBound, set.ranges().back().upperBound);
-    };
-    // A language that injects itself over all of itself would never end.
-    if (language.configuration->id() == layer.configuration.id() &&
-        hull(content) == hull(layer.ranges))
-      continue;
-    const TextRange range = hull(content);
-    points.push_back({.range = range,
-                      .contentRanges = std::move(content),
-                      .languageNameRange = nameRange,
-                      .configuration = std::move(*language.configuration),
-                      .isCombined = match.metadata.isSet(InjectionMetadata::combined),
-                      .resetsHighlights = match.metadata.isSet(InjectionMetadata::reset)});
-  }
-  return points;
-}
-
-TextRangeSet Parse::parseInjections(const LayerPtr& layer, const LayerEdit& edit) {
+TextRangeSet Parse::parseInjections(const LayerPtr& layer, const LayerEdit& edit,
+                                    const LayerChange& change) {
   const auto query = queryFor(ParseQueryCategory::injections, layer->configuration);
   if (!query || !layer->tree || layer->depth >= deepestLayer) {
-    layer->sublayers.clear();
+    dropSublayers(*layer);
+    layer->settled.emplace();
     return {};
   }
+  if (change.old && layer->settled && !query->asksForSurroundings()) {
+    const auto parts = changedInjections(*layer, edit, change, query);
+    if (parts)
+      return parseInjectionsIn(*parts, layer, edit);
+  }
+  return parseAllInjections(layer, edit, query);
+}
 
-  std::vector<InjectionPoint> points = injectionPoints(*layer, *edit.pass, query);
+TextRangeSet Parse::parseAllInjections(const LayerPtr& layer, const LayerEdit& edit,
+                                       const std::shared_ptr<const Query>& query) {
+  const std::int64_t errorsBefore = errorCount_;
+  std::vector<InjectionPoint> points;
+  const bool isComplete =
+      findInjections(*layer, *edit.pass, query, layer->rootNode().utf16Range(), points);
   sortBy(points, &InjectionPoint::range);
 
-  const std::vector<LayerPtr> old = std::move(layer->sublayers);
-  std::vector<TextRangeSet> affected;
-  affected.reserve(old.size());
-  for (const LayerPtr& sublayer : old)
-    affected.push_back(MovedSublayers(edit).move(*sublayer));
-
+  const std::vector<MovedSublayer> old = movedSublayers(std::exchange(layer->sublayers, {}), edit);
   layer->sublayers = sublayersAt(points, old, layer);
+  const bool isSettled = isComplete && errorCount_ == errorsBefore && canSettle(points);
+  TextRangeSet changed = reparseSublayers(layer->sublayers, old, edit);
+  if (isSettled && std::ranges::all_of(layer->sublayers, &LayerImpl::isQuiet)) {
+    layer->settled.emplace();
+    for (const InjectionPoint& point : points)
+      layer->settled->push_back(point.range);
+  } else {
+    layer->settled.reset();
+  }
+  return changed;
+}
+
+// Those sublayers that the edit moved and nothing else are carried along; the others are parsed.
+TextRangeSet Parse::reparseSublayers(std::span<const LayerPtr> now,
+                                     std::span<const MovedSublayer> old, const LayerEdit& edit) {
+  std::unordered_map<const LayerImpl*, const MovedSublayer*> dropped;
+  for (const MovedSublayer& moved : old)
+    dropped.emplace(moved.layer.get(), &moved);
+  std::vector<const MovedSublayer*> kept; // by index in `now`, null for new ones
+  for (const LayerPtr& sublayer : now) {
+    const auto found = dropped.find(sublayer.get());
+    kept.push_back(found != dropped.end() ? found->second : nullptr);
+    if (found != dropped.end())
+      dropped.erase(found);
+  }
 
   // What a dropped sublayer covered gets painted again.
   TextRangeSet changed;
-  const std::unordered_set<const LayerImpl*> kept = [&] {
-    std::unordered_set<const LayerImpl*> set;
-    for (const LayerPtr& sublayer : layer->sublayers)
-      set.insert(sublayer.get());
-    return set;
-  }();
-  for (std::size_t index = 0; index < old.size(); ++index) {
-    if (!kept.contains(old[index].get()))
-      changed.formUnion(affected[index]);
+  for (const auto& [sublayer, moved] : dropped) {
+    changed.formUnion(moved->affected);
+    retire(*moved->layer);
   }
-  for (const LayerPtr& sublayer : layer->sublayers) {
-    const TextRangeSet below = reparse(sublayer, edit);
-    edit.enter(EditPhase::injections);
-    changed.formUnion(below);
+  for (std::size_t index = 0; index < now.size(); ++index) {
+    if (kept[index] && canCarry(*kept[index], edit)) {
+      carry(*kept[index]);
+    } else {
+      changed.formUnion(reparse(now[index], edit));
+      edit.enter(EditPhase::injections);
+    }
   }
   return changed;
+}
+
+bool Parse::canCarry(const MovedSublayer& moved, const LayerEdit& edit) const {
+  const LayerImpl& layer = *moved.layer;
+  return moved.isApart && layer.isQuiet && layer.ranges == moved.ranges &&
+         layer.languageNameRanges == moved.languageNameRanges &&
+         !(movesColumns(edit, moved.oldFront.start_point) && dependsOnColumn(*layer.tree->base()));
+}
+
+void Parse::carry(const MovedSublayer& moved) {
+  LayerImpl& layer = *moved.layer;
+  layer.editsSeen = log_.count();
+  if (isCancelled_->load()) // as if its parse had been begun
+    giveUpParse(layer, std::exchange(layer.tree, std::nullopt));
+  else
+    moveContents(layer, moved.oldStart, moved.oldFront, lines_.count());
+}
+
+std::vector<MovedSublayer> Parse::movedSublayers(std::span<const LayerPtr> sublayers,
+                                                 const LayerEdit& edit) const {
+  std::vector<MovedSublayer> moved;
+  moved.reserve(sublayers.size());
+  for (const LayerPtr& sublayer : sublayers) {
+    log_.catchUp(*sublayer, log_.count() - 1);
+    moved.emplace_back(sublayer, edit);
+  }
+  return moved;
 }
 
 // One sublayer for each point, or for all points of a language that asks to be combined, in the
 // order of the points.
 std::vector<Parse::LayerPtr> Parse::sublayersAt(std::span<const InjectionPoint> points,
-                                                std::span<const LayerPtr> old,
+                                                std::span<const MovedSublayer> old,
                                                 const LayerPtr& layer) {
   std::vector<LayerPtr> sublayers;
   std::map<LanguageID, LayerPtr> combined;
@@ -323,6 +220,100 @@ std::vector<Parse::LayerPtr> Parse::sublayersAt(std::span<const InjectionPoint> 
       sublayer->languageNameRanges.insertContentsOf(*point.languageNameRange);
   }
   return sublayers;
+}
+
+// The injections that may be others than before; absent if all have to be gone through.
+std::optional<std::vector<RegionPart<InjectionPoint>>>
+Parse::changedInjections(LayerImpl& layer, const LayerEdit& edit, const LayerChange& change,
+                         const std::shared_ptr<const Query>& query) {
+  std::vector<TextRange>& settled = *layer.settled;
+  for (TextRange& range : settled)
+    range = movedWithEdit(range, edit);
+  TextRangeSet region = detail::regionToAsk(*query, change, lines_.count());
+  if (edit.edit.old_end_point.column != edit.edit.new_end_point.column) {
+    const std::int64_t lineEnd =
+        lines_.lineBoundariesFor(edit.range.upperBound, LineAffinity::downstream).end;
+    const auto [first, last] = indicesIn(settled, {edit.range.upperBound, lineEnd});
+    for (std::size_t index = first; index < last; ++index) {
+      if (dependsOnColumn(*layer.sublayers[index]->tree->base()))
+        region.insertContentsOf(settled[index]);
+    }
+  }
+
+  // What goes wrong here is told when all injections are gone through.
+  const std::int64_t errorsBefore = errorCount_;
+  hidesErrors_ = true;
+  auto parts = detail::settle<InjectionPoint>(
+      std::move(region),
+      [&](TextRange range, std::vector<InjectionPoint>& found, TextRangeSet& asked) {
+        const auto [first, last] = indicesIn(settled, range);
+        for (std::size_t index = first; index < last; ++index)
+          asked.insertContentsOf(settled[index]);
+        return findInjections(layer, *edit.pass, query, range, found);
+      });
+  hidesErrors_ = false;
+  if (!parts || errorCount_ != errorsBefore)
+    return std::nullopt;
+  for (auto& part : *parts) {
+    sortBy(part.found, &InjectionPoint::range);
+    if (!canSettle(part.found))
+      return std::nullopt;
+  }
+  return parts;
+}
+
+// In each part the old sublayers make room for those that are there now. The others have been moved
+// or left where they were, and will see that when somebody looks.
+TextRangeSet Parse::parseInjectionsIn(std::span<const RegionPart<InjectionPoint>> parts,
+                                      const LayerPtr& layer, const LayerEdit& edit) {
+  const std::int64_t errorsBefore = errorCount_;
+  std::vector<TextRange>& settled = *layer->settled;
+  std::vector<LayerPtr> made;
+  std::vector<MovedSublayer> old;
+  std::size_t firstTouched = layer->sublayers.size();
+  for (const auto& part : parts) {
+    const auto [first, last] = indicesIn(settled, part.range);
+    if (first == last && part.found.empty())
+      continue;
+    firstTouched = std::min(firstTouched, first);
+    std::vector<MovedSublayer> there =
+        movedSublayers(std::span(layer->sublayers).subspan(first, last - first), edit);
+    const std::vector<LayerPtr> now = sublayersAt(part.found, there, layer);
+    std::vector<TextRange> ranges;
+    for (const LayerPtr& sublayer : now)
+      ranges.push_back(sublayer->ranges.ranges().front());
+    replaceElements<LayerPtr>(layer->sublayers, first, last, now);
+    replaceElements<TextRange>(settled, first, last, ranges);
+    made.insert(made.end(), now.begin(), now.end());
+    std::ranges::move(there, std::back_inserter(old));
+  }
+
+  const bool wasCancelled = isCancelled_->load();
+  TextRangeSet changed = reparseSublayers(made, old, edit);
+  if (isCancelled_->load())
+    cancelSublayers(*layer, wasCancelled ? 0 : firstTouched, made);
+  if (errorCount_ != errorsBefore || !std::ranges::all_of(made, &LayerImpl::isQuiet))
+    layer->settled.reset();
+  return changed;
+}
+
+// A cancelled edit parses nothing behind the place where it was cancelled, and layers that aren't
+// parsed lose what they had.
+void Parse::cancelSublayers(LayerImpl& layer, std::size_t first,
+                            std::span<const LayerPtr> alreadySeen) {
+  layer.settled.reset();
+  for (const LayerPtr& sublayer : std::span(layer.sublayers).subspan(first)) {
+    if (std::ranges::find(alreadySeen, sublayer) != alreadySeen.end())
+      continue;
+    log_.catchUp(*sublayer);
+    giveUpParse(*sublayer, std::exchange(sublayer->tree, std::nullopt));
+  }
+}
+
+void Parse::dropSublayers(LayerImpl& layer) {
+  for (const LayerPtr& sublayer : layer.sublayers)
+    retire(*sublayer);
+  layer.sublayers.clear();
 }
 
 } // namespace velmar

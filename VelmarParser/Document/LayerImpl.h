@@ -13,6 +13,8 @@
 
 #include <tree_sitter/api.h>
 
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -67,6 +69,18 @@ struct LayerImpl {
   std::weak_ptr<LayerImpl> parent;
   /// In the order of the first place of each.
   std::vector<std::shared_ptr<LayerImpl>> sublayers;
+
+  /// How many of the document's edits the members above have seen (EditLog.h). A layer that isn't
+  /// part of the document any more sees none.
+  std::uint64_t editsSeen = 0;
+  static constexpr std::uint64_t isRetired = std::numeric_limits<std::uint64_t>::max();
+  /// Whether an edit that doesn't touch the layer can do no more than move it: it has a tree, its
+  /// sublayers are `settled`, and neither it nor they gave the error handler something to hear.
+  bool isQuiet = false;
+  /// Where each sublayer lies, if the sublayers are settled: all of them quiet, apart from each
+  /// other, each with one range of text, and each sure to be found again where it stands. Absent if
+  /// they aren't.
+  std::optional<std::vector<TextRange>> settled;
 };
 
 /// One edit, as every layer has to hear of it.

@@ -41,11 +41,14 @@ TextRangeSet Parse::replaceSubrange(TextRange range, std::u16string_view text) {
         .clock = clock ? &*clock : nullptr,
     };
   }();
+  log_.append(edit);
   isCancelled_->store(false);
   root_->ranges = TextRangeSet({0, lines_.count()});
   TextRangeSet changed = reparse(root_, edit);
   edit.enter(EditPhase::text);
   changed.insertContentsOf(edit.range);
+  if (log_.isLong())
+    letAllCatchUp();
   if (clock)
     editObserver_(clock->stop());
 #ifdef VELMAR_CHECKED
@@ -78,7 +81,7 @@ std::vector<Parse::Layer> Parse::layersIntersecting(TextRange range) const {
   for (std::size_t index = 0; index < found.size(); ++index) {
     const LayerPtr layer = found[index].base_;
     for (const LayerPtr& sublayer : layer->sublayers) {
-      if (sublayer->ranges.intersectsContentsOf(range))
+      if (current(*sublayer).ranges.intersectsContentsOf(range))
         found.emplace_back(*this, sublayer);
     }
   }
@@ -89,8 +92,9 @@ Parse::Layer Parse::deepestLayerContaining(std::int64_t offset) const {
   LayerPtr layer = root_;
   while (true) {
     const auto& sublayers = layer->sublayers;
-    const auto inside = std::ranges::find_if(
-        sublayers, [&](const LayerPtr& sublayer) { return sublayer->ranges.contains(offset); });
+    const auto inside = std::ranges::find_if(sublayers, [&](const LayerPtr& sublayer) {
+      return current(*sublayer).ranges.contains(offset);
+    });
     if (inside == sublayers.end())
       return {*this, layer};
     layer = *inside;
@@ -105,17 +109,25 @@ std::shared_ptr<const Query> Parse::queryFor(ParseQueryCategory category,
 
 void Parse::checkInvariants() const {
   lines_.checkInvariants();
-  for (const Layer& layer : layers()) {
-    layer.ranges().checkInvariants();
-    layer.languageNameRanges().checkInvariants();
-    layer.lexicalSpans().checkInvariants();
-    precondition(layer.lexicalSpans().count() == count(),
+  for (const Layer& each : layers()) {
+    const detail::LayerImpl& layer = *each.base_; // as it is: looking mustn't move it
+    layer.ranges.checkInvariants();
+    layer.languageNameRanges.checkInvariants();
+    layer.lexicalSpans.checkInvariants();
+    precondition(layer.editsSeen < log_.count() || layer.lexicalSpans.count() == count(),
                  "Lexical spans are as long as the document.");
   }
 }
 
+void Parse::letAllCatchUp() {
+  for (const Layer& layer : layers())
+    log_.catchUp(*layer.base_);
+  log_.forget();
+}
+
 void Parse::reportError(const ParseConfiguration& configuration, std::string_view label) const {
-  if (!errorHandler_)
+  ++errorCount_;
+  if (!errorHandler_ || hidesErrors_)
     return;
   try {
     throw;
@@ -140,13 +152,14 @@ std::vector<Parse::Layer> Parse::Layer::sublayers() const {
 }
 
 std::optional<ParseNode> Parse::Layer::root() const {
-  return base_->tree ? std::optional(base_->rootNode()) : std::nullopt;
+  const detail::LayerImpl& layer = current();
+  return layer.tree ? std::optional(layer.rootNode()) : std::nullopt;
 }
 
 TextRangeSet Parse::Layer::rangesExcludingSublayers() const {
-  TextRangeSet ranges = base_->ranges;
+  TextRangeSet ranges = current().ranges;
   for (const LayerPtr& sublayer : base_->sublayers)
-    ranges.subtract(sublayer->ranges);
+    ranges.subtract(parse_->current(*sublayer).ranges);
   return ranges;
 }
 

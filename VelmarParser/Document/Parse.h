@@ -18,6 +18,7 @@
 
 #include "VelmarCore/Text/RangeSet.h"
 #include "VelmarCore/Text/UTF16LineArray.h"
+#include "VelmarParser/Document/EditLog.h"
 #include "VelmarParser/Document/EditTimes.h"
 #include "VelmarParser/Document/LayerImpl.h"
 #include "VelmarParser/Document/ParseConfiguration.h"
@@ -38,7 +39,10 @@ namespace velmar {
 
 namespace detail {
 struct InjectionPoint;
-}
+struct MovedSublayer;
+template <class Found>
+struct RegionPart;
+} // namespace detail
 
 class Parse {
 public:
@@ -141,22 +145,53 @@ private:
   TextRangeSet reparse(const LayerPtr& layer, const detail::LayerEdit& edit);
   void setIncludedRanges(detail::LayerImpl& layer) const;
   void giveUpParse(detail::LayerImpl& layer, std::optional<ParseTree> old);
-  TextRangeSet parseInjections(const LayerPtr& layer, const detail::LayerEdit& edit);
-  [[nodiscard]] std::vector<detail::InjectionPoint>
-  injectionPoints(const detail::LayerImpl& layer, RegularExpressionPass& pass,
-                  const std::shared_ptr<const Query>& query) const;
+  TextRangeSet parseInjections(const LayerPtr& layer, const detail::LayerEdit& edit,
+                               const detail::LayerChange& change);
+  /// Adds the places that an injections query finds in a part of a layer. Gives false if the
+  /// runtime had to drop matches.
+  bool findInjections(const detail::LayerImpl& layer, RegularExpressionPass& pass,
+                      const std::shared_ptr<const Query>& query, TextRange range,
+                      std::vector<detail::InjectionPoint>& points) const;
+  TextRangeSet parseAllInjections(const LayerPtr& layer, const detail::LayerEdit& edit,
+                                  const std::shared_ptr<const Query>& query);
+  [[nodiscard]] std::optional<std::vector<detail::RegionPart<detail::InjectionPoint>>>
+  changedInjections(detail::LayerImpl& layer, const detail::LayerEdit& edit,
+                    const detail::LayerChange& change, const std::shared_ptr<const Query>& query);
+  TextRangeSet parseInjectionsIn(std::span<const detail::RegionPart<detail::InjectionPoint>> parts,
+                                 const LayerPtr& layer, const detail::LayerEdit& edit);
+  [[nodiscard]] std::vector<detail::MovedSublayer>
+  movedSublayers(std::span<const LayerPtr> sublayers, const detail::LayerEdit& edit) const;
   [[nodiscard]] std::vector<LayerPtr> sublayersAt(std::span<const detail::InjectionPoint> points,
-                                                  std::span<const LayerPtr> old,
+                                                  std::span<const detail::MovedSublayer> old,
                                                   const LayerPtr& layer);
+  TextRangeSet reparseSublayers(std::span<const LayerPtr> now,
+                                std::span<const detail::MovedSublayer> old,
+                                const detail::LayerEdit& edit);
+  [[nodiscard]] bool canCarry(const detail::MovedSublayer& moved,
+                              const detail::LayerEdit& edit) const;
+  void carry(const detail::MovedSublayer& moved);
+  void cancelSublayers(detail::LayerImpl& layer, std::size_t first,
+                       std::span<const LayerPtr> alreadySeen);
+  static void dropSublayers(detail::LayerImpl& layer);
   void updateLexicalSpans(detail::LayerImpl& layer, const detail::LayerEdit& edit,
                           const detail::LayerChange& change);
   [[nodiscard]] LexicalSpans noLexicalSpans() const { return {std::nullopt, lines_.count()}; }
 
+  /// The layer with all edits seen.
+  detail::LayerImpl& current(detail::LayerImpl& layer) const {
+    log_.catchUp(layer);
+    return layer;
+  }
+  void letAllCatchUp();
+
   DocumentText lines_;
   std::shared_ptr<AtomicFlag> isCancelled_;
   LayerPtr root_;
+  detail::EditLog log_;
   ErrorHandler errorHandler_;
   EditObserver editObserver_;
+  mutable std::int64_t errorCount_ = 0; // heard or not
+  bool hidesErrors_ = false;
 };
 
 /// One language's part of a document, to read.
@@ -177,25 +212,23 @@ public:
   [[nodiscard]] bool isCombined() const noexcept { return base_->isCombined; }
   /// Whether the colours of the layers above shouldn't show through.
   [[nodiscard]] bool resetsHighlights() const noexcept { return base_->resetsHighlights; }
-  [[nodiscard]] const TextRangeSet& ranges() const noexcept { return base_->ranges; }
+  [[nodiscard]] const TextRangeSet& ranges() const { return current().ranges; }
   /// The text that its grammar was shown, in the tree's units; empty for the root, which is shown
   /// everything.
-  [[nodiscard]] std::span<const TSRange> includedRanges() const noexcept {
-    return base_->includedRanges;
-  }
+  [[nodiscard]] std::span<const TSRange> includedRanges() const { return current().includedRanges; }
   /// Where the text names the layer's language.
-  [[nodiscard]] const TextRangeSet& languageNameRanges() const noexcept {
-    return base_->languageNameRanges;
+  [[nodiscard]] const TextRangeSet& languageNameRanges() const {
+    return current().languageNameRanges;
   }
   /// As long as the document; absent outside the layer's ranges.
-  [[nodiscard]] const LexicalSpans& lexicalSpans() const noexcept { return base_->lexicalSpans; }
+  [[nodiscard]] const LexicalSpans& lexicalSpans() const { return current().lexicalSpans; }
   /// Absent for the root.
   [[nodiscard]] std::optional<Layer> parent() const;
   [[nodiscard]] std::vector<Layer> sublayers() const;
   /// Absent without a tree. Valid until the next edit.
   [[nodiscard]] std::optional<ParseNode> root() const;
   [[nodiscard]] bool containsIndex(std::int64_t offset) const {
-    return base_->ranges.contains(offset);
+    return current().ranges.contains(offset);
   }
   /// The layer's ranges less those of its direct sublayers.
   [[nodiscard]] TextRangeSet rangesExcludingSublayers() const;
@@ -209,6 +242,8 @@ public:
 
 private:
   friend class Parse;
+  [[nodiscard]] detail::LayerImpl& current() const { return parse_->current(*base_); }
+
   const Parse* parse_;
   LayerPtr base_;
 };

@@ -89,6 +89,8 @@ bool LayerImpl::intersects(TextRange range) const {
 
 TextRangeSet Parse::reparse(const LayerPtr& layer, const LayerEdit& edit) {
   edit.enter(EditPhase::treeEdit);
+  const std::int64_t errorsBefore = errorCount_;
+  layer->editsSeen = log_.count();
   std::optional<ParseTree> old = std::exchange(layer->tree, std::nullopt);
   if (old)
     ts_tree_edit(old->base(), &edit.edit);
@@ -120,9 +122,10 @@ TextRangeSet Parse::reparse(const LayerPtr& layer, const LayerEdit& edit) {
   // The layers inside are found and parsed by the new tree, and the spans come last, when all below
   // is complete.
   edit.enter(EditPhase::injections);
-  changed.formUnion(parseInjections(layer, edit));
+  changed.formUnion(parseInjections(layer, edit, change));
   edit.enter(EditPhase::spans);
   updateLexicalSpans(*layer, edit, change);
+  layer->isQuiet = layer->settled && errorCount_ == errorsBefore;
   if (old)
     disposeOld(std::move(*old), change.dirty);
   return changed;
@@ -145,7 +148,9 @@ void Parse::setIncludedRanges(LayerImpl& layer) const {
 void Parse::giveUpParse(LayerImpl& layer, std::optional<ParseTree> old) {
   if (old)
     disposeTree(std::move(*old));
-  layer.sublayers.clear();
+  dropSublayers(layer);
+  layer.settled.reset();
+  layer.isQuiet = false;
   layer.lexicalSpans = noLexicalSpans();
 }
 

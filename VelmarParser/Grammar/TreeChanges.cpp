@@ -123,6 +123,10 @@ std::optional<Range<TreeByte>> editedExtentOf(const TSTree& tree) {
   return Range<TreeByte>(start, end);
 }
 
+bool dependsOnColumn(const TSTree& tree) {
+  return ts_subtree_depends_on_column(tree.root);
+}
+
 void moveTree(TSTree& tree, TreeByte oldStart, TSPoint oldPoint, TreeByte newStart,
               TSPoint newPoint) {
   const TSInputEdit edit{.start_byte = 0,

@@ -26,4 +26,7 @@ namespace velmar {
 void moveTree(TSTree& tree, TreeByte oldStart, TSPoint oldPoint, TreeByte newStart,
               TSPoint newPoint);
 
+/// Whether a token on the tree's first line was recognised by the column at which it stands. O(1).
+[[nodiscard]] bool dependsOnColumn(const TSTree& tree);
+
 } // namespace velmar

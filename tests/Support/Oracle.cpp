@@ -87,6 +87,30 @@ void CheckedParse::compareWithFreshParse() {
   counts_.otherTrees += otherTrees ? 1 : 0;
 }
 
+std::string documentDifference(const Parse& left, const Parse& right) {
+  const std::vector<Parse::Layer> mine = left.layers();
+  const std::vector<Parse::Layer> others = right.layers();
+  if (mine.size() != others.size())
+    return "one has " + std::to_string(mine.size()) + " layers, the other " +
+           std::to_string(others.size());
+  for (std::size_t index = 0; index < mine.size(); ++index) {
+    const Parse::Layer& a = mine[index];
+    const Parse::Layer& b = others[index];
+    if (shown(a) != shown(b))
+      return shown(a) + " against " + shown(b);
+    if (a.root().has_value() != b.root().has_value())
+      return "one tree is missing in " + shown(a);
+    if (a.root()) {
+      if (const auto difference = treeDifference(a.root()->base(), b.root()->base());
+          !difference.empty())
+        return difference + " in " + shown(a);
+    }
+    if (!sameSpans(a.lexicalSpans(), b.lexicalSpans()))
+      return "the lexical spans differ in " + shown(a);
+  }
+  return {};
+}
+
 RandomEdit RandomTyping::next(const std::u16string& text) {
   const auto count = static_cast<std::int64_t>(text.size());
   if (below(12) == 0)

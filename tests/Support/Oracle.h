@@ -49,6 +49,9 @@ private:
   OracleCounts counts_;
 };
 
+/// Where two documents of one text differ first, in words; empty if all their layers hold the same.
+std::string documentDifference(const Parse& left, const Parse& right);
+
 struct RandomEdit {
   TextRange range;
   std::u16string text;

@@ -11,8 +11,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <iostream>
+#include <thread>
 
 namespace velmar::testing {
 namespace {
@@ -91,6 +94,68 @@ TEST_P(Oracle, EveryStateEqualsTheReference) {
     total.notLoadable += document.counts().notLoadable;
   }
   std::cout << sample.name << ": " << total << '\n';
+}
+
+// A sublayer that edits only move is moved when somebody reads it. One document is read after each
+// edit, the other seldom.
+TEST_P(Oracle, LayersThatNobodyReadCatchUp) {
+  const Sample& sample = GetParam();
+  const auto languages = PackLanguages::make();
+  const FilePath path(std::string(VELMAR_SOURCE_DIR) + "/" + sample.path);
+  const std::u16string source = utf16RepairingUTF8(charactersOf(readFile(path))).substr(0, 6000);
+  Parse watched(languages->configuration(sample.language));
+  Parse unwatched(languages->configuration(sample.language));
+  RandomTyping typing(7, sample.inserts);
+  RandomEdit edit{{0, 0}, source};
+  for (int step = 0; step < 400; ++step) {
+    EXPECT_EQ(watched.replaceSubrange(edit.range, edit.text),
+              unwatched.replaceSubrange(edit.range, edit.text));
+    for (const Parse::Layer& layer : watched.layers())
+      ASSERT_TRUE(layer.root());
+    if (step % 97 == 0 || step == 399) {
+      ASSERT_EQ(documentDifference(watched, unwatched), "") << "after edit " << step;
+    }
+    edit = typing.next(watched.textFor({0, watched.count()}));
+  }
+}
+
+// Wherever a parse is cancelled, the next edit puts all right: a fresh document holds the same.
+TEST_P(Oracle, ACancelledEditIsMadeUpFor) {
+  const Sample& sample = GetParam();
+  const auto languages = PackLanguages::make();
+  const FilePath path(std::string(VELMAR_SOURCE_DIR) + "/" + sample.path);
+  std::u16string source = utf16RepairingUTF8(charactersOf(readFile(path)));
+  while (source.size() < 100'000)
+    source += source;
+  Parse document(languages->configuration(sample.language));
+  document.replaceSubrange({0, 0}, source);
+  std::mt19937 random(11);
+  std::int64_t cancelled = 0;
+  for (int round = 0; round < 12 || (cancelled == 0 && round < 1000); ++round) {
+    std::atomic<bool> isDone = false;
+    const int wait = static_cast<int>(random() % 200);
+    std::thread canceller([&] {
+      for (int turn = 0; turn < wait; ++turn)
+        std::this_thread::yield();
+      while (!isDone) {
+        document.cancelParsing();
+        std::this_thread::yield();
+      }
+    });
+    const auto place = static_cast<std::int64_t>(random() % source.size());
+    document.replaceSubrange({place, place}, u"x");
+    isDone = true;
+    canceller.join();
+    const auto layers = document.layers();
+    cancelled += std::ranges::any_of(layers, [](const auto& layer) { return !layer.root(); });
+    document.replaceSubrange({place, place + 1}, u"");
+    for (const Parse::Layer& layer : document.layers())
+      ASSERT_TRUE(layer.root()) << "in round " << round;
+  }
+  EXPECT_GT(cancelled, 0);
+  Parse fresh(languages->configuration(sample.language));
+  fresh.replaceSubrange({0, 0}, source);
+  EXPECT_EQ(documentDifference(document, fresh), "");
 }
 
 INSTANTIATE_TEST_SUITE_P(
