@@ -132,9 +132,11 @@ TEST_P(Oracle, ACancelledEditIsMadeUpFor) {
   std::mt19937 random(11);
   std::int64_t cancelled = 0;
   for (int round = 0; round < 12 || (cancelled == 0 && round < 1000); ++round) {
+    std::atomic<bool> isReady = false;
     std::atomic<bool> isDone = false;
-    const int wait = static_cast<int>(random() % 200);
+    const int wait = static_cast<int>(random() % 40);
     std::thread canceller([&] {
+      isReady = true;
       for (int turn = 0; turn < wait; ++turn)
         std::this_thread::yield();
       while (!isDone) {
@@ -143,6 +145,8 @@ TEST_P(Oracle, ACancelledEditIsMadeUpFor) {
       }
     });
     const auto place = static_cast<std::int64_t>(random() % source.size());
+    while (!isReady)
+      std::this_thread::yield();
     document.replaceSubrange({place, place}, u"x");
     isDone = true;
     canceller.join();
