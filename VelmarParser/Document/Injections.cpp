@@ -36,15 +36,34 @@ constexpr std::int64_t deepestLayer = 64;
 
 using LayerPtr = std::shared_ptr<LayerImpl>;
 
-/// Whether sublayers at these points, and nowhere else, would be found again at an edit that
+/// Whether the sublayers at these points, each a simple one, would be found again at an edit that
 /// doesn't touch them.
-bool canSettle(std::span<const InjectionPoint> points) {
+bool areSimple(std::span<const InjectionPoint> points) {
   std::int64_t end = 0;
   return std::ranges::all_of(points, [&](const InjectionPoint& point) {
     const bool isApart = point.range.lowerBound >= end;
     end = point.range.upperBound;
-    return isApart && !point.isCombined && point.contentRanges.ranges().size() == 1 &&
+    return isApart && (point.isCombined || point.contentRanges.ranges().size() == 1) &&
            !(point.languageNameRange && point.languageNameRange->isEmpty());
+  });
+}
+
+bool isAnyCombined(std::span<const InjectionPoint> points) {
+  return std::ranges::any_of(points, &InjectionPoint::isCombined);
+}
+
+/// Whether combined sublayers, too, would be found again: by their first place, which must not have
+/// grown together with the next.
+bool areFoundByFirstPlace(std::span<const LayerPtr> sublayers,
+                          std::span<const InjectionPoint> points) {
+  return std::ranges::all_of(sublayers, [&](const LayerPtr& sublayer) {
+    if (!sublayer->isCombined)
+      return true;
+    const TextRange first = sublayer->ranges.ranges().front();
+    const auto point = std::ranges::partition_point(points, [&](const InjectionPoint& each) {
+      return each.range.lowerBound < first.lowerBound;
+    });
+    return point != points.end() && point->range == first;
   });
 }
 
@@ -67,6 +86,11 @@ void retire(LayerImpl& layer) {
   layer.editsSeen = LayerImpl::isRetired;
   for (const LayerPtr& sublayer : layer.sublayers)
     retire(*sublayer);
+}
+
+void unsettle(LayerImpl& layer) {
+  layer.hasQuietSublayers = false;
+  layer.settled.reset();
 }
 
 /// Whether an edit moves the columns of a place behind it, which some grammars look at.
@@ -93,6 +117,7 @@ TextRangeSet Parse::parseInjections(const LayerPtr& layer, const LayerEdit& edit
   const auto query = queryFor(ParseQueryCategory::injections, layer->configuration);
   if (!query || !layer->tree || layer->depth >= deepestLayer) {
     dropSublayers(*layer);
+    layer->hasQuietSublayers = true;
     layer->settled.emplace();
     return {};
   }
@@ -114,14 +139,16 @@ TextRangeSet Parse::parseAllInjections(const LayerPtr& layer, const LayerEdit& e
 
   const std::vector<MovedSublayer> old = movedSublayers(std::exchange(layer->sublayers, {}), edit);
   layer->sublayers = sublayersAt(points, old, layer);
-  const bool isSettled = isComplete && errorCount_ == errorsBefore && canSettle(points);
+  const bool wouldBeFound = isComplete && errorCount_ == errorsBefore && areSimple(points) &&
+                            areFoundByFirstPlace(layer->sublayers, points);
   TextRangeSet changed = reparseSublayers(layer->sublayers, old, edit);
-  if (isSettled && std::ranges::all_of(layer->sublayers, &LayerImpl::isQuiet)) {
+  layer->hasQuietSublayers =
+      wouldBeFound && std::ranges::all_of(layer->sublayers, &LayerImpl::isQuiet);
+  layer->settled.reset();
+  if (layer->hasQuietSublayers && !isAnyCombined(points)) {
     layer->settled.emplace();
     for (const InjectionPoint& point : points)
       layer->settled->push_back(point.range);
-  } else {
-    layer->settled.reset();
   }
   return changed;
 }
@@ -256,7 +283,7 @@ Parse::changedInjections(LayerImpl& layer, const LayerEdit& edit, const LayerCha
     return std::nullopt;
   for (auto& part : *parts) {
     sortBy(part.found, &InjectionPoint::range);
-    if (!canSettle(part.found))
+    if (!areSimple(part.found) || isAnyCombined(part.found))
       return std::nullopt;
   }
   return parts;
@@ -293,7 +320,7 @@ TextRangeSet Parse::parseInjectionsIn(std::span<const RegionPart<InjectionPoint>
   if (isCancelled_->load())
     cancelSublayers(*layer, wasCancelled ? 0 : firstTouched, made);
   if (errorCount_ != errorsBefore || !std::ranges::all_of(made, &LayerImpl::isQuiet))
-    layer->settled.reset();
+    unsettle(*layer);
   return changed;
 }
 
@@ -301,7 +328,7 @@ TextRangeSet Parse::parseInjectionsIn(std::span<const RegionPart<InjectionPoint>
 // parsed lose what they had.
 void Parse::cancelSublayers(LayerImpl& layer, std::size_t first,
                             std::span<const LayerPtr> alreadySeen) {
-  layer.settled.reset();
+  unsettle(layer);
   for (const LayerPtr& sublayer : std::span(layer.sublayers).subspan(first)) {
     if (std::ranges::find(alreadySeen, sublayer) != alreadySeen.end())
       continue;

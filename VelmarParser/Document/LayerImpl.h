@@ -74,12 +74,14 @@ struct LayerImpl {
   /// part of the document any more sees none.
   std::uint64_t editsSeen = 0;
   static constexpr std::uint64_t isRetired = std::numeric_limits<std::uint64_t>::max();
-  /// Whether an edit that doesn't touch the layer can do no more than move it: it has a tree, its
-  /// sublayers are `settled`, and neither it nor they gave the error handler something to hear.
+  /// Whether an edit that doesn't touch the layer can do no more than move it: it has a tree, each
+  /// of its sublayers is sure to be found again where it stands and is quiet itself, and neither it
+  /// nor they gave the error handler something to hear.
   bool isQuiet = false;
-  /// Where each sublayer lies, if the sublayers are settled: all of them quiet, apart from each
-  /// other, each with one range of text, and each sure to be found again where it stands. Absent if
-  /// they aren't.
+  /// Whether that holds of the sublayers.
+  bool hasQuietSublayers = false;
+  /// Where each sublayer lies, if they are quiet, apart from each other and none is combined: then
+  /// an edit needs to look only at those around it.
   std::optional<std::vector<TextRange>> settled;
 };
 

@@ -125,9 +125,11 @@ TextRangeSet Parse::reparse(const LayerPtr& layer, const LayerEdit& edit) {
   changed.formUnion(parseInjections(layer, edit, change));
   edit.enter(EditPhase::spans);
   updateLexicalSpans(*layer, edit, change);
-  layer->isQuiet = layer->settled && errorCount_ == errorsBefore;
-  if (old)
+  layer->isQuiet = layer->hasQuietSublayers && errorCount_ == errorsBefore;
+  if (old) {
+    edit.enter(EditPhase::changes);
     disposeOld(std::move(*old), change.dirty);
+  }
   return changed;
 }
 
@@ -149,6 +151,7 @@ void Parse::giveUpParse(LayerImpl& layer, std::optional<ParseTree> old) {
   if (old)
     disposeTree(std::move(*old));
   dropSublayers(layer);
+  layer.hasQuietSublayers = false;
   layer.settled.reset();
   layer.isQuiet = false;
   layer.lexicalSpans = noLexicalSpans();

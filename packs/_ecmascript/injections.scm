@@ -34,10 +34,40 @@
   (#set! "injection.language" "css")
   (#set! "injection.reset"))
 
-; /* html */ `…`: a comment in front of a template names its language.
-((comment) @_language
-  .
-  (template_string [(string_fragment) @injection.content (escape_sequence) @injection.content (template_substitution)]*)
+; /* html */ `…`: a comment in front of a template names its language. Each pattern has its one root: for a pair of
+; neighbours without a parent the runtime goes through all statements of a file at every key.
+([(arguments
+    (comment) @_language
+    .
+    (template_string [(string_fragment) @injection.content (escape_sequence) @injection.content (template_substitution)]*))
+  (array
+    (comment) @_language
+    .
+    (template_string [(string_fragment) @injection.content (escape_sequence) @injection.content (template_substitution)]*))
+  (arrow_function
+    (comment) @_language
+    .
+    (template_string [(string_fragment) @injection.content (escape_sequence) @injection.content (template_substitution)]*))
+  (assignment_expression
+    (comment) @_language
+    .
+    (template_string [(string_fragment) @injection.content (escape_sequence) @injection.content (template_substitution)]*))
+  (pair
+    (comment) @_language
+    .
+    (template_string [(string_fragment) @injection.content (escape_sequence) @injection.content (template_substitution)]*))
+  (parenthesized_expression
+    (comment) @_language
+    .
+    (template_string [(string_fragment) @injection.content (escape_sequence) @injection.content (template_substitution)]*))
+  (return_statement
+    (comment) @_language
+    .
+    (template_string [(string_fragment) @injection.content (escape_sequence) @injection.content (template_substitution)]*))
+  (variable_declarator
+    (comment) @_language
+    .
+    (template_string [(string_fragment) @injection.content (escape_sequence) @injection.content (template_substitution)]*))]
   (#match? @_language "^/\\*\\s*[\\w+-]+\\s*\\*/$")
   (#set-by-case-match! @_language "injection.language"
     "^/\\*\\s*css\\s*\\*/$" "css"
