@@ -29,7 +29,7 @@ public:
   void catchUp(LayerImpl& layer) const { catchUp(layer, count()); }
 
   /// Whether it is time to let all layers catch up and then to `forget`.
-  [[nodiscard]] bool isLong() const noexcept { return edits_.size() >= 1024; }
+  [[nodiscard]] bool isLong() const noexcept { return edits_.size() >= 256; }
   void forget() noexcept {
     forgotten_ += edits_.size();
     edits_.clear();

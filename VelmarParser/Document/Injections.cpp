@@ -20,6 +20,7 @@
 
 namespace velmar {
 
+using detail::indicesIn;
 using detail::InjectionPoint;
 using detail::KeptSublayers;
 using detail::LayerChange;
@@ -97,17 +98,6 @@ void unsettle(LayerImpl& layer) {
 bool movesColumns(const LayerEdit& edit, TSPoint place) {
   return place.row == edit.edit.old_end_point.row &&
          edit.edit.old_end_point.column != edit.edit.new_end_point.column;
-}
-
-/// Of ranges in text order, none inside another, those that overlap `range`, as indices.
-Range<std::size_t> indicesIn(std::span<const TextRange> ranges, TextRange range) {
-  const auto first = std::ranges::partition_point(
-      ranges, [&](const TextRange& each) { return each.upperBound <= range.lowerBound; });
-  const auto last = std::find_if(first, ranges.end(), [&](const TextRange& each) {
-    return each.lowerBound >= range.upperBound;
-  });
-  return {static_cast<std::size_t>(first - ranges.begin()),
-          static_cast<std::size_t>(last - ranges.begin())};
 }
 
 } // namespace

@@ -17,6 +17,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace velmar {
@@ -84,6 +85,9 @@ struct LayerImpl {
   /// an edit needs to look only at those around it.
   std::optional<std::vector<TextRange>> settled;
 };
+
+/// Of ranges in text order, none inside another, those that overlap `range`, as indices. O(log n).
+[[nodiscard]] Range<std::size_t> indicesIn(std::span<const TextRange> ranges, TextRange range);
 
 /// One edit, as every layer has to hear of it.
 struct LayerEdit {

@@ -78,12 +78,10 @@ std::vector<Parse::Layer> Parse::layers() const {
 
 std::vector<Parse::Layer> Parse::layersIntersecting(TextRange range) const {
   std::vector<Layer> found{rootLayer()};
-  for (std::size_t index = 0; index < found.size(); ++index) {
+  for (std::size_t index = 0; index < found.size() && !range.isEmpty(); ++index) {
     const LayerPtr layer = found[index].base_;
-    for (const LayerPtr& sublayer : layer->sublayers) {
-      if (current(*sublayer).ranges.intersectsContentsOf(range))
-        found.emplace_back(*this, sublayer);
-    }
+    for (const LayerPtr& sublayer : sublayersIn(layer, range))
+      found.emplace_back(*this, sublayer);
   }
   return found;
 }
@@ -91,14 +89,26 @@ std::vector<Parse::Layer> Parse::layersIntersecting(TextRange range) const {
 Parse::Layer Parse::deepestLayerContaining(std::int64_t offset) const {
   LayerPtr layer = root_;
   while (true) {
-    const auto& sublayers = layer->sublayers;
-    const auto inside = std::ranges::find_if(sublayers, [&](const LayerPtr& sublayer) {
-      return current(*sublayer).ranges.contains(offset);
-    });
-    if (inside == sublayers.end())
+    const auto inside = sublayersIn(layer, {offset, offset + 1});
+    if (inside.empty())
       return {*this, layer};
-    layer = *inside;
+    layer = inside.front();
   }
+}
+
+std::vector<Parse::LayerPtr> Parse::sublayersIn(const LayerPtr& layer, TextRange range) const {
+  const detail::LayerImpl& parent = current(*layer);
+  if (parent.settled) {
+    const auto [first, last] = detail::indicesIn(*parent.settled, range);
+    const auto start = parent.sublayers.begin();
+    return {start + static_cast<std::ptrdiff_t>(first), start + static_cast<std::ptrdiff_t>(last)};
+  }
+  std::vector<LayerPtr> found;
+  for (const LayerPtr& sublayer : parent.sublayers) {
+    if (current(*sublayer).ranges.intersectsContentsOf(range))
+      found.push_back(sublayer);
+  }
+  return found;
 }
 
 std::shared_ptr<const Query> Parse::queryFor(ParseQueryCategory category,
@@ -117,6 +127,16 @@ void Parse::checkInvariants() const {
     precondition(layer.editsSeen < log_.count() || layer.lexicalSpans.count() == count(),
                  "Lexical spans are as long as the document.");
   }
+}
+
+Range<std::size_t> detail::indicesIn(std::span<const TextRange> ranges, TextRange range) {
+  const auto first = std::ranges::partition_point(
+      ranges, [&](const TextRange& each) { return each.upperBound <= range.lowerBound; });
+  const auto last = std::find_if(first, ranges.end(), [&](const TextRange& each) {
+    return each.lowerBound >= range.upperBound;
+  });
+  return {static_cast<std::size_t>(first - ranges.begin()),
+          static_cast<std::size_t>(last - ranges.begin())};
 }
 
 void Parse::letAllCatchUp() {
@@ -158,6 +178,10 @@ std::optional<ParseNode> Parse::Layer::root() const {
 
 TextRangeSet Parse::Layer::rangesExcludingSublayers() const {
   TextRangeSet ranges = current().ranges;
+  if (base_->settled) {
+    ranges.subtract(TextRangeSet(std::span<const TextRange>(*base_->settled)));
+    return ranges;
+  }
   for (const LayerPtr& sublayer : base_->sublayers)
     ranges.subtract(parse_->current(*sublayer).ranges);
   return ranges;

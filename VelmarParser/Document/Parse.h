@@ -182,6 +182,9 @@ private:
     log_.catchUp(layer);
     return layer;
   }
+  /// The layer's sublayers with text in `range`, which isn't empty. If they are settled, the others
+  /// aren't looked at.
+  [[nodiscard]] std::vector<LayerPtr> sublayersIn(const LayerPtr& layer, TextRange range) const;
   void letAllCatchUp();
 
   DocumentText lines_;

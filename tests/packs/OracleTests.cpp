@@ -96,6 +96,25 @@ TEST_P(Oracle, EveryStateEqualsTheReference) {
   std::cout << sample.name << ": " << total << '\n';
 }
 
+/// The layers with text in `range`, looked for in all of them.
+std::vector<Parse::Layer> layersInPlain(const Parse& document, TextRange range) {
+  std::vector<Parse::Layer> found{document.rootLayer()};
+  for (std::size_t index = 0; index < found.size(); ++index) {
+    for (const Parse::Layer& sublayer : Parse::Layer(found[index]).sublayers()) {
+      if (sublayer.ranges().intersectsContentsOf(range))
+        found.push_back(sublayer);
+    }
+  }
+  return found;
+}
+
+TextRangeSet rangesOutsideSublayers(const Parse::Layer& layer) {
+  TextRangeSet ranges = layer.ranges();
+  for (const Parse::Layer& sublayer : layer.sublayers())
+    ranges.subtract(sublayer.ranges());
+  return ranges;
+}
+
 // A sublayer that edits only move is moved when somebody reads it. One document is read after each
 // edit, the other seldom.
 TEST_P(Oracle, LayersThatNobodyReadCatchUp) {
@@ -113,6 +132,11 @@ TEST_P(Oracle, LayersThatNobodyReadCatchUp) {
     for (const Parse::Layer& layer : watched.layers())
       ASSERT_TRUE(layer.root());
     if (step % 97 == 0 || step == 399) {
+      const std::int64_t place = std::min(edit.range.lowerBound, unwatched.count()) / 2;
+      const TextRange part(place, std::min(place + step, unwatched.count()));
+      EXPECT_EQ(unwatched.layersIntersecting(part), layersInPlain(unwatched, part));
+      for (const Parse::Layer& layer : unwatched.layersIntersecting(part))
+        EXPECT_EQ(layer.rangesExcludingSublayers(), rangesOutsideSublayers(layer));
       ASSERT_EQ(documentDifference(watched, unwatched), "") << "after edit " << step;
     }
     edit = typing.next(watched.textFor({0, watched.count()}));
