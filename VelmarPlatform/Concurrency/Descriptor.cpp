@@ -8,11 +8,13 @@
 #include <csignal>
 #include <ctime>
 #include <fcntl.h>
+#include <poll.h>
 #include <string>
 #include <string_view>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace velmar {
 
@@ -81,7 +83,7 @@ public:
   /// A cancelled wait leaves its request with the reactor, for whoever waits next.
   [[nodiscard]] bool park(detail::Direction direction, detail::Waiter& waiter) {
     const std::scoped_lock lock(mutex_);
-    if (isClosed_)
+    if (isClosed_ || (isReadingEnded_ && direction == detail::Direction::reading))
       return false;
     Side& side = sideOf(direction);
     side.waiters.append(waiter);
@@ -111,6 +113,20 @@ public:
   [[nodiscard]] bool isClosed() const noexcept {
     const std::scoped_lock lock(mutex_);
     return isClosed_;
+  }
+
+  [[nodiscard]] bool isReadingEnded() const noexcept {
+    const std::scoped_lock lock(mutex_);
+    return isReadingEnded_;
+  }
+  void endReading() noexcept {
+    detail::Waiter* readers = nullptr;
+    {
+      const std::scoped_lock lock(mutex_);
+      isReadingEnded_ = true;
+      readers = sideOf(detail::Direction::reading).waiters.claimAll();
+    }
+    detail::answerAll(readers);
   }
 
   void close() noexcept {
@@ -143,6 +159,7 @@ private:
   std::array<Side, 2> sides_;
   int users_ = 0;
   bool isClosed_ = false;
+  bool isReadingEnded_ = false;
   std::unique_ptr<detail::DescriptorWatch> watch_;
 };
 
@@ -171,19 +188,20 @@ struct AsyncDescriptor::Readiness {
   void unpark(detail::Waiter& waiter) const noexcept { state->unpark(direction, waiter); }
 };
 
-std::shared_ptr<AsyncDescriptor> AsyncDescriptor::adopt(int descriptor) {
+std::shared_ptr<AsyncDescriptor> AsyncDescriptor::adopt(FileDescriptor descriptor) {
+  const int number = descriptor.number();
   struct stat status{};
-  const int flags = ::fcntl(descriptor, F_GETFL);
-  if (flags < 0 || ::fstat(descriptor, &status) < 0 ||
-      ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) < 0 ||
-      ::fcntl(descriptor, F_SETFD, FD_CLOEXEC) < 0)
+  const int flags = ::fcntl(number, F_GETFL);
+  if (flags < 0 || ::fstat(number, &status) < 0 ||
+      ::fcntl(number, F_SETFL, flags | O_NONBLOCK) < 0 || ::fcntl(number, F_SETFD, FD_CLOEXEC) < 0)
     fail("The descriptor can't be used", errno);
-  try {
-    return std::make_shared<AsyncDescriptor>(Private(), descriptor, S_ISSOCK(status.st_mode));
-  } catch (const SystemError&) {
-    ::close(descriptor);
-    throw;
-  }
+  auto object = std::make_shared<AsyncDescriptor>(Private(), number, S_ISSOCK(status.st_mode));
+  static_cast<void>(descriptor.release());
+  return object;
+}
+
+std::shared_ptr<AsyncDescriptor> AsyncDescriptor::adopt(int descriptor) {
+  return adopt(FileDescriptor(descriptor));
 }
 
 AsyncDescriptor::AsyncDescriptor(Private, int descriptor, bool isSocket)
@@ -191,6 +209,19 @@ AsyncDescriptor::AsyncDescriptor(Private, int descriptor, bool isSocket)
 
 AsyncDescriptor::~AsyncDescriptor() {
   state_->close();
+}
+
+void AsyncDescriptor::endReading() noexcept {
+  state_->endReading();
+}
+
+bool AsyncDescriptor::isHungUp() const noexcept {
+  if (!state_->enter())
+    return true;
+  pollfd question{.fd = descriptor_, .events = 0, .revents = 0};
+  const bool answered = ::poll(&question, 1, 0) > 0;
+  state_->leave();
+  return answered;
 }
 
 void AsyncDescriptor::close() noexcept {
@@ -226,9 +257,12 @@ Task<std::size_t> AsyncDescriptor::readIntoImpl(std::shared_ptr<AsyncDescriptor>
   const Use use(*self->state_);
   checkCancellation();
   for (;;) {
+    const bool isLast = self->state_->isReadingEnded(); // asked before the bytes are
     const ssize_t count = ::read(self->descriptor_, buffer.data(), buffer.size());
     if (count >= 0)
       co_return static_cast<std::size_t>(count);
+    if (wouldBlock(errno) && isLast)
+      co_return 0;
     if (wouldBlock(errno))
       co_await waitImpl(self, detail::Direction::reading);
     else if (errno != EINTR)

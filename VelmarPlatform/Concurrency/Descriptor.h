@@ -13,6 +13,7 @@
 #include "VelmarPlatform/Concurrency/Reactor.h"
 #include "VelmarPlatform/Concurrency/Task.h"
 #include "VelmarPlatform/Concurrency/Wait.h"
+#include "VelmarPlatform/Files/FileDescriptor.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -36,6 +37,8 @@ public:
   /// Takes over `descriptor`, which becomes non-blocking and closes when a program is executed.
   /// Throws SystemError, with the descriptor closed, if it isn't one.
   [[nodiscard]] static std::shared_ptr<AsyncDescriptor> adopt(int descriptor);
+  /// The same for one that has an owner, who has none afterwards, whatever happens.
+  [[nodiscard]] static std::shared_ptr<AsyncDescriptor> adopt(FileDescriptor descriptor);
   AsyncDescriptor(Private, int descriptor, bool isSocket);
   AsyncDescriptor(const AsyncDescriptor&) = delete;
   AsyncDescriptor& operator=(const AsyncDescriptor&) = delete;
@@ -66,6 +69,15 @@ public:
   /// negative.
   [[nodiscard]] Task<std::int64_t> perform(detail::Direction direction, std::string failure,
                                            std::function<std::int64_t(int)> attempt);
+
+  /// From now on a read takes what is there and, where it would have to wait, finds the end
+  /// instead; one that waits at the moment finds it too. For the end of a conversation whose other
+  /// side may be kept open by somebody who has nothing to say.
+  void endReading() noexcept;
+
+  /// Whether nobody holds the other end of a pipe or a socket any more, or this one is closed. What
+  /// was written before may still be there to read.
+  [[nodiscard]] bool isHungUp() const noexcept;
 
   /// Closes the descriptor as soon as no operation is inside of it. Those that wait throw
   /// SystemError with ECANCELED, as do all that come later.

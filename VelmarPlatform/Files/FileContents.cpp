@@ -2,6 +2,7 @@
 
 #include "VelmarPlatform/Basics/Error.h"
 #include "VelmarPlatform/Basics/Precondition.h"
+#include "VelmarPlatform/Files/FileDescriptor.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -50,25 +51,6 @@ auto uninterrupted(Call call) {
       return result;
   }
 }
-
-class Descriptor {
-public:
-  explicit Descriptor(int value) : value_(value) {}
-  ~Descriptor() {
-    if (value_ >= 0)
-      ::close(value_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  [[nodiscard]] int value() const { return value_; }
-  /// Closes it now; -1 and `errno` if the system reports a failure that it had kept to itself until
-  /// then.
-  int close() { return ::close(std::exchange(value_, -1)); }
-
-private:
-  int value_;
-};
 
 /// The file's size, where it tells one; 0 for pipes and devices, and also for the system's made-up
 /// files.
@@ -169,7 +151,7 @@ public:
       });
       code = errno;
       if (opened >= 0) {
-        descriptor_.emplace(opened);
+        descriptor_ = FileDescriptor(opened);
         return;
       }
       if (code != EEXIST)
@@ -185,7 +167,7 @@ public:
   PassingFile& operator=(const PassingFile&) = delete;
 
   [[nodiscard]] const FilePath& path() const { return path_; }
-  [[nodiscard]] Descriptor& descriptor() { return *descriptor_; }
+  [[nodiscard]] FileDescriptor& descriptor() { return descriptor_; }
   void keep() { path_ = FilePath(); }
 
 private:
@@ -198,7 +180,7 @@ private:
   }
 
   FilePath path_; // empty once there is nothing to remove
-  std::optional<Descriptor> descriptor_;
+  FileDescriptor descriptor_;
 };
 
 void writeAll(int descriptor, std::span<const std::byte> bytes, const std::string& action) {
@@ -213,14 +195,14 @@ void writeAll(int descriptor, std::span<const std::byte> bytes, const std::strin
 
 /// Brings the names in `folder` to the disk, where the file system can.
 void syncFolder(const FilePath& folder, const std::string& action) {
-  const Descriptor descriptor(uninterrupted(
+  const FileDescriptor descriptor(uninterrupted(
       [&] { return ::open(folder.string().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-  if (descriptor.value() < 0) {
+  if (!descriptor.isOpen()) {
     if (errno == EACCES) // writable but not readable: allowed, only not to be synced
       return;
     fail(action, errno);
   }
-  if (uninterrupted([&] { return fsync(descriptor.value()); }) != 0 && errno != EINVAL &&
+  if (uninterrupted([&] { return fsync(descriptor.number()); }) != 0 && errno != EINVAL &&
       errno != ENOTSUP)
     fail(action, errno);
 }
@@ -231,11 +213,11 @@ Bytes readFile(const FilePath& path, ReadOptions options) {
   const std::string name = quoted(path);
   const std::string opening = "open " + name;
   refuseNUL(opening, path);
-  const Descriptor descriptor(uninterrupted(
+  const FileDescriptor descriptor(uninterrupted(
       [&] { return ::open(path.string().c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
-  if (descriptor.value() < 0)
+  if (!descriptor.isOpen())
     fail(opening, errno);
-  return readAll(descriptor.value(), options, "read " + name);
+  return readAll(descriptor.number(), options, "read " + name);
 }
 
 Bytes readStandardInput(ReadOptions options) {
@@ -251,7 +233,7 @@ void writeFileAtomically(const FilePath& path, std::span<const std::byte> bytes)
   const FilePath folder = parent.isEmpty() ? FilePath(".") : parent;
 
   PassingFile file(folder, action);
-  const int descriptor = file.descriptor().value();
+  const int descriptor = file.descriptor().number();
   writeAll(descriptor, bytes, action);
   if (permissions && fchmod(descriptor, *permissions) != 0)
     fail(action, errno);
