@@ -73,6 +73,9 @@ const std::vector<Subject>& subjects() {
       {"typescript/100000 lines", "typescript", typeScript, 100'000},
       {"markdown/1000 fences", "markdown", markdown, 1'000},
       {"html/200 scripts", "html", html, 200},
+      {"cpp/open quote", "cpp", openQuote, 10'000},
+      {"javascript/commas", "javascript", commas, 10'000},
+      {"json/one line", "json", oneLine, 5'000'000},
   };
   return all;
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 
 namespace velmar::bench {
 
@@ -69,7 +70,47 @@ constexpr std::string_view section = R"html(<section class="item" id="item-#">
 </section>
 )html";
 
+constexpr std::string_view cppPiece = R"(/// Adds up what stands before item #.
+template <class T>
+class Item# : public Base<T> {
+public:
+  explicit Item#(std::string name, T value = #) : name_(std::move(name)), value_(value) {}
+  [[nodiscard]] const std::string& name() const noexcept { return name_; } // as given
+  T sum(const std::vector<T>& items) const {
+    T total{};
+    for (const T& item : items)
+      total += item > value_ ? item * # : value_;
+    log("item #: %d", static_cast<int>(total));
+    return total;
+  }
+
+private:
+  std::string name_;
+  T value_;
+};
+
+)";
+constexpr std::int64_t cppPieceLines = 19;
+
 } // namespace
+
+std::u16string openQuote(std::int64_t lines) {
+  std::string text = "#include <vector>\nconst char* const open = \"never closed;\n";
+  for (std::int64_t line = 0; line < lines; line += cppPieceLines)
+    append(text, cppPiece, line % 997);
+  return utf16RepairingUTF8(text);
+}
+
+std::u16string commas(std::int64_t count) {
+  return u"f(" + std::u16string(static_cast<std::size_t>(count), u',') + u");\nlet a = 1;\n";
+}
+
+std::u16string oneLine(std::int64_t units) {
+  std::string text = "[";
+  for (std::int64_t number = 0; std::cmp_less(text.size(), units); ++number)
+    append(text, R"({"id": #, "tags": ["a#", true, null], "size": 1.5e3}, )", number);
+  return utf16RepairingUTF8(text + "0]");
+}
 
 std::u16string typeScript(std::int64_t lines) {
   std::string text;

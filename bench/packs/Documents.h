@@ -16,6 +16,12 @@ namespace velmar::bench {
 [[nodiscard]] std::u16string markdown(std::int64_t fences);
 /// Sections with a script each, and with styles and handlers in attributes.
 [[nodiscard]] std::u16string html(std::int64_t scripts);
+/// C++ with classes, comments and templates; in the second line a string has no end.
+[[nodiscard]] std::u16string openQuote(std::int64_t lines);
+/// An argument list of commas alone, which no grammar takes.
+[[nodiscard]] std::u16string commas(std::int64_t count);
+/// JSON in one line, of records like those of a log.
+[[nodiscard]] std::u16string oneLine(std::int64_t units);
 
 /// With the packs of the source tree. Always the same one for the same language, so what it has
 /// compiled stays at hand; for one thread.
