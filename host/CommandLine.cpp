@@ -2,11 +2,13 @@
 
 #include "VelmarParser/Grammar/Grammar.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "host/EnvCommand.h"
 #include "host/ExplainCommand.h"
 #include "host/LanguagesCommand.h"
 #include "host/ReplayCommand.h"
 #include "host/ShowCommand.h"
 #include "host/TreeCommand.h"
+#include "host/WhichCommand.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -138,8 +140,9 @@ ExitCode reportingFailures(Streams& streams, Body&& body) {
 } // namespace
 
 std::span<const Command> commands() {
-  static const Command all[] = {showCommand(), explainCommand(), treeCommand(), replayCommand(),
-                                languagesCommand()};
+  static const Command all[] = {showCommand(),   explainCommand(),   treeCommand(),
+                                replayCommand(), languagesCommand(), envCommand(),
+                                whichCommand()};
   return all;
 }
 

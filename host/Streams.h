@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -85,6 +86,13 @@ struct Streams {
   /// A variable of the environment; without a function there are none.
   std::function<std::optional<std::string>(std::string_view name)> environment = {};
 
+  /// All of them; without a function there are none.
+  std::function<std::map<std::string, std::string, std::less<>>()> environmentVariables = {};
+
+  [[nodiscard]] std::map<std::string, std::string, std::less<>> allVariables() const {
+    return environmentVariables ? environmentVariables()
+                                : std::map<std::string, std::string, std::less<>>();
+  }
   [[nodiscard]] std::optional<std::string> variable(std::string_view name) const {
     return environment ? environment(name) : std::nullopt;
   }

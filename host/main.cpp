@@ -1,5 +1,6 @@
 // The program `velmar`: the engine at work on the command line. See CommandLine.h.
 #include "VelmarPlatform/Files/FileContents.h"
+#include "VelmarPlatform/Process/SubprocessEnvironment.h"
 #include "host/CommandLine.h"
 
 #include <csignal>
@@ -25,6 +26,7 @@ int main(int argc, char** argv) {
             std::string(name).c_str()); // NOLINT(concurrency-mt-unsafe): nobody sets any
         return value ? std::optional<std::string>(value) : std::nullopt;
       },
+      .environmentVariables = [] { return velmar::SubprocessEnvironment::inherited().values(); },
   };
   const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
   return static_cast<int>(velmar::host::runCommandLine(words, streams));

@@ -43,6 +43,7 @@ inline HostResult runHost(const std::vector<std::string>& words, const HostInput
         const auto found = input.environment.find(name);
         return found == input.environment.end() ? std::nullopt : std::optional(found->second);
       },
+      .environmentVariables = [&] { return input.environment; },
   };
   const auto exitCode = static_cast<int>(host::runCommandLine(words, streams));
   return {.exitCode = exitCode, .output = output.text(), .errors = errors.text()};
