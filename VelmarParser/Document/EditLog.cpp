@@ -64,11 +64,8 @@ void moveContents(LayerImpl& layer, std::int64_t oldStart, const TSRange& oldFro
     moveTree(*layer.tree->base(), {oldFront.start_byte}, oldFront.start_point, {front.start_byte},
              front.start_point);
 
-  if (layer.settled) {
-    const std::int64_t distance = layer.ranges.ranges().front().lowerBound - oldStart;
-    for (TextRange& range : *layer.settled)
-      range = {range.lowerBound + distance, range.upperBound + distance};
-  }
+  if (layer.settled)
+    layer.settled->moveBy(layer.ranges.ranges().front().lowerBound - oldStart);
 
   // There are no spans outside the layer's text, so its surroundings are all alike.
   const TextRange text(layer.ranges.ranges().front().lowerBound,

@@ -11,16 +11,16 @@
 #include "VelmarParser/Document/InjectionPoint.h"
 #include "VelmarParser/Document/KeptSublayers.h"
 #include "VelmarParser/Document/Parse.h"
-#include "VelmarParser/Grammar/TreeChanges.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <unordered_map>
+#include <utility>
 
 namespace velmar {
 
-using detail::indicesIn;
 using detail::InjectionPoint;
 using detail::KeptSublayers;
 using detail::LayerChange;
@@ -28,6 +28,7 @@ using detail::LayerEdit;
 using detail::LayerImpl;
 using detail::MovedSublayer;
 using detail::RegionPart;
+using detail::SettledPlaces;
 using detail::treeRange;
 
 namespace {
@@ -37,49 +38,27 @@ constexpr std::int64_t deepestLayer = 64;
 
 using LayerPtr = std::shared_ptr<LayerImpl>;
 
-/// Whether the sublayers at these points, each a simple one, would be found again at an edit that
-/// doesn't touch them.
-bool areSimple(std::span<const InjectionPoint> points) {
+/// Whether the sublayers at these points would be found again at an edit that doesn't touch them:
+/// the points are apart, simple sublayers have one range of text, and a combined one hasn't grown
+/// beyond its first place.
+bool wouldBeFoundAgain(std::span<const LayerPtr> sublayers,
+                       std::span<const InjectionPoint> points) {
   std::int64_t end = 0;
-  return std::ranges::all_of(points, [&](const InjectionPoint& point) {
+  const bool areApart = std::ranges::all_of(points, [&](const InjectionPoint& point) {
     const bool isApart = point.range.lowerBound >= end;
     end = point.range.upperBound;
     return isApart && (point.isCombined || point.contentRanges.ranges().size() == 1) &&
            !(point.languageNameRange && point.languageNameRange->isEmpty());
   });
-}
-
-bool isAnyCombined(std::span<const InjectionPoint> points) {
-  return std::ranges::any_of(points, &InjectionPoint::isCombined);
-}
-
-/// Whether combined sublayers, too, would be found again: by their first place, which must not have
-/// grown together with the next.
-bool areFoundByFirstPlace(std::span<const LayerPtr> sublayers,
-                          std::span<const InjectionPoint> points) {
-  return std::ranges::all_of(sublayers, [&](const LayerPtr& sublayer) {
-    if (!sublayer->isCombined)
-      return true;
-    const TextRange first = sublayer->ranges.ranges().front();
-    const auto point = std::ranges::partition_point(points, [&](const InjectionPoint& each) {
-      return each.range.lowerBound < first.lowerBound;
-    });
-    return point != points.end() && point->range == first;
-  });
-}
-
-template <class T>
-void replaceElements(std::vector<T>& list, std::size_t first, std::size_t last,
-                     std::span<const T> replacements) {
-  const auto at = list.begin() + static_cast<std::ptrdiff_t>(first);
-  const std::size_t common = std::min(last - first, replacements.size());
-  std::ranges::copy(replacements.first(common), at);
-  const auto rest = at + static_cast<std::ptrdiff_t>(common);
-  if (common < last - first)
-    list.erase(rest, list.begin() + static_cast<std::ptrdiff_t>(last));
-  else
-    list.insert(rest, replacements.begin() + static_cast<std::ptrdiff_t>(common),
-                replacements.end());
+  return areApart && std::ranges::all_of(sublayers, [&](const LayerPtr& sublayer) {
+           if (!sublayer->isCombined)
+             return true;
+           const TextRange first = sublayer->ranges.ranges().front();
+           const auto point = std::ranges::partition_point(points, [&](const InjectionPoint& each) {
+             return each.range.lowerBound < first.lowerBound;
+           });
+           return point != points.end() && point->range == first;
+         });
 }
 
 /// A layer that left the document keeps what it last was.
@@ -111,7 +90,7 @@ TextRangeSet Parse::parseInjections(const LayerPtr& layer, const LayerEdit& edit
     layer->settled.emplace();
     return {};
   }
-  if (change.old && layer->settled && !query->asksForSurroundings()) {
+  if (change.old && layer->settled && !lines_.isEmpty() && !query->asksForSurroundings()) {
     const auto parts = changedInjections(*layer, edit, change, query);
     if (parts)
       return parseInjectionsIn(*parts, layer, edit);
@@ -129,17 +108,13 @@ TextRangeSet Parse::parseAllInjections(const LayerPtr& layer, const LayerEdit& e
 
   const std::vector<MovedSublayer> old = movedSublayers(std::exchange(layer->sublayers, {}), edit);
   layer->sublayers = sublayersAt(points, old, layer);
-  const bool wouldBeFound = isComplete && errorCount_ == errorsBefore && areSimple(points) &&
-                            areFoundByFirstPlace(layer->sublayers, points);
+  const bool isSteady =
+      isComplete && errorCount_ == errorsBefore && wouldBeFoundAgain(layer->sublayers, points);
   TextRangeSet changed = reparseSublayers(layer->sublayers, old, edit);
-  layer->hasQuietSublayers =
-      wouldBeFound && std::ranges::all_of(layer->sublayers, &LayerImpl::isQuiet);
-  layer->settled.reset();
-  if (layer->hasQuietSublayers && !isAnyCombined(points)) {
-    layer->settled.emplace();
-    for (const InjectionPoint& point : points)
-      layer->settled->push_back(point.range);
-  }
+  layer->hasQuietSublayers = isSteady && std::ranges::all_of(layer->sublayers, &LayerImpl::isQuiet);
+  layer->settled =
+      layer->hasQuietSublayers ? SettledPlaces::of(points, layer->sublayers) : std::nullopt;
+  layer->columnsMatter = std::ranges::any_of(layer->sublayers, &LayerImpl::columnsMatter);
   return changed;
 }
 
@@ -178,7 +153,7 @@ bool Parse::canCarry(const MovedSublayer& moved, const LayerEdit& edit) const {
   const LayerImpl& layer = *moved.layer;
   return moved.isApart && layer.isQuiet && layer.ranges == moved.ranges &&
          layer.languageNameRanges == moved.languageNameRanges &&
-         !(movesColumns(edit, moved.oldFront.start_point) && dependsOnColumn(*layer.tree->base()));
+         !(movesColumns(edit, moved.oldFront.start_point) && layer.columnsMatter);
 }
 
 void Parse::carry(const MovedSublayer& moved) {
@@ -243,17 +218,17 @@ std::vector<Parse::LayerPtr> Parse::sublayersAt(std::span<const InjectionPoint> 
 std::optional<std::vector<RegionPart<InjectionPoint>>>
 Parse::changedInjections(LayerImpl& layer, const LayerEdit& edit, const LayerChange& change,
                          const std::shared_ptr<const Query>& query) {
-  std::vector<TextRange>& settled = *layer.settled;
-  for (TextRange& range : settled)
-    range = movedWithEdit(range, edit);
+  SettledPlaces& settled = *layer.settled;
+  settled.moveWith(edit);
   TextRangeSet region = detail::regionToAsk(*query, change, lines_.count());
   if (edit.edit.old_end_point.column != edit.edit.new_end_point.column) {
     const std::int64_t lineEnd =
         lines_.lineBoundariesFor(edit.range.upperBound, LineAffinity::downstream).end;
-    const auto [first, last] = indicesIn(settled, {edit.range.upperBound, lineEnd});
-    for (std::size_t index = first; index < last; ++index) {
-      if (dependsOnColumn(*layer.sublayers[index]->tree->base()))
-        region.insertContentsOf(settled[index]);
+    const auto [first, last] = settled.indicesIn({edit.range.upperBound, lineEnd});
+    for (std::size_t place = first; place < last; ++place) {
+      if (!settled.combinedAt(place) &&
+          layer.sublayers[settled.sublayerIndexAt(place)]->columnsMatter)
+        region.insertContentsOf(settled.ranges()[place]);
     }
   }
 
@@ -263,9 +238,9 @@ Parse::changedInjections(LayerImpl& layer, const LayerEdit& edit, const LayerCha
   auto parts = detail::settle<InjectionPoint>(
       std::move(region),
       [&](TextRange range, std::vector<InjectionPoint>& found, TextRangeSet& asked) {
-        const auto [first, last] = indicesIn(settled, range);
-        for (std::size_t index = first; index < last; ++index)
-          asked.insertContentsOf(settled[index]);
+        const auto [first, last] = settled.indicesIn(range);
+        for (std::size_t place = first; place < last; ++place)
+          asked.insertContentsOf(settled.ranges()[place]);
         return findInjections(layer, *edit.pass, query, range, found);
       });
   hidesErrors_ = false;
@@ -273,7 +248,7 @@ Parse::changedInjections(LayerImpl& layer, const LayerEdit& edit, const LayerCha
     return std::nullopt;
   for (auto& part : *parts) {
     sortBy(part.found, &InjectionPoint::range);
-    if (!areSimple(part.found) || isAnyCombined(part.found))
+    if (!settled.canReplace(settled.indicesIn(part.range), part.found))
       return std::nullopt;
   }
   return parts;
@@ -284,42 +259,103 @@ Parse::changedInjections(LayerImpl& layer, const LayerEdit& edit, const LayerCha
 TextRangeSet Parse::parseInjectionsIn(std::span<const RegionPart<InjectionPoint>> parts,
                                       const LayerPtr& layer, const LayerEdit& edit) {
   const std::int64_t errorsBefore = errorCount_;
-  std::vector<TextRange>& settled = *layer->settled;
-  std::vector<LayerPtr> made;
+  SettledPlaces& settled = *layer->settled;
+  std::vector<std::pair<std::size_t, LayerPtr>> made; // by the place where each begins
   std::vector<MovedSublayer> old;
-  std::size_t firstTouched = layer->sublayers.size();
+  std::vector<bool> isTouched(settled.combined().size());
+  std::size_t missing = 0; // sublayers that couldn't be made for their places
   for (const auto& part : parts) {
-    const auto [first, last] = indicesIn(settled, part.range);
-    if (first == last && part.found.empty())
-      continue;
-    firstTouched = std::min(firstTouched, first);
+    const Range<std::size_t> places = settled.indicesIn(part.range);
+    for (std::size_t place = places.lowerBound; place < places.upperBound; ++place) {
+      if (const auto combined = settled.combinedAt(place))
+        isTouched[*combined] = true;
+    }
+    const std::size_t first = settled.sublayerIndexAt(places.lowerBound) - missing;
+    const std::size_t last = settled.sublayerIndexAt(places.upperBound) - missing;
     std::vector<MovedSublayer> there =
         movedSublayers(std::span(layer->sublayers).subspan(first, last - first), edit);
-    const std::vector<LayerPtr> now = sublayersAt(part.found, there, layer);
-    std::vector<TextRange> ranges;
-    for (const LayerPtr& sublayer : now)
-      ranges.push_back(sublayer->ranges.ranges().front());
-    replaceElements<LayerPtr>(layer->sublayers, first, last, now);
-    replaceElements<TextRange>(settled, first, last, ranges);
-    made.insert(made.end(), now.begin(), now.end());
+    std::vector<InjectionPoint> simple;
+    std::ranges::copy_if(part.found, std::back_inserter(simple),
+                         std::not_fn(&InjectionPoint::isCombined));
+    const std::vector<LayerPtr> now = sublayersAt(simple, there, layer);
     std::ranges::move(there, std::back_inserter(old));
+
+    missing += simple.size() - now.size();
+    settled.replace(places, part.found);
+    const auto begin = layer->sublayers.begin();
+    const auto gap = layer->sublayers.erase(begin + static_cast<std::ptrdiff_t>(first),
+                                            begin + static_cast<std::ptrdiff_t>(last));
+    layer->sublayers.insert(gap, now.begin(), now.end());
+    auto next = now.begin();
+    for (std::size_t index = 0; index < part.found.size(); ++index) {
+      const std::size_t place = places.lowerBound + index;
+      if (const auto combined = settled.combinedAt(place))
+        isTouched[*combined] = true;
+      else if (next != now.end())
+        made.emplace_back(place, *next++);
+    }
   }
+  for (std::size_t combined = 0; combined < isTouched.size(); ++combined) {
+    if (auto moved = rejoinCombined(settled, combined, isTouched[combined], edit)) {
+      made.emplace_back(settled.placesOfCombined(combined).front(), moved->layer);
+      old.push_back(std::move(*moved));
+    }
+  }
+  std::ranges::sort(made, {}, &std::pair<std::size_t, LayerPtr>::first);
+  std::vector<LayerPtr> sublayers;
+  for (auto& [place, sublayer] : made)
+    sublayers.push_back(std::move(sublayer));
 
   const bool wasCancelled = isCancelled_->load();
-  TextRangeSet changed = reparseSublayers(made, old, edit);
+  TextRangeSet changed = reparseSublayers(sublayers, old, edit);
   if (isCancelled_->load())
-    cancelSublayers(*layer, wasCancelled ? 0 : firstTouched, made);
-  if (errorCount_ != errorsBefore || !std::ranges::all_of(made, &LayerImpl::isQuiet))
+    cancelSublayers(*layer,
+                    wasCancelled        ? nullptr
+                    : sublayers.empty() ? nullptr
+                                        : sublayers.front(),
+                    sublayers);
+  layer->columnsMatter |= std::ranges::any_of(sublayers, &LayerImpl::columnsMatter);
+  if (errorCount_ != errorsBefore || !std::ranges::all_of(sublayers, &LayerImpl::isQuiet) ||
+      !(layer->settled && layer->settled->isStillSettled()))
     unsettle(*layer);
   return changed;
 }
 
+// A combined sublayer takes part in each edit that isn't apart from all of its text, with the
+// places that it has now. Absent if it need not.
+std::optional<MovedSublayer> Parse::rejoinCombined(const SettledPlaces& settled,
+                                                   std::size_t combined, bool isTouched,
+                                                   const LayerEdit& edit) const {
+  const std::vector<std::size_t> places = settled.placesOfCombined(combined);
+  const LayerPtr& sublayer = settled.combined()[combined];
+  const TextRange hull(settled.ranges()[places.front()].lowerBound,
+                       settled.ranges()[places.back()].upperBound);
+  const bool isApart =
+      hull.upperBound < edit.range.lowerBound || hull.lowerBound > edit.range.upperBound;
+  const bool isColumnMoved = sublayer->columnsMatter &&
+                             edit.edit.old_end_point.column != edit.edit.new_end_point.column &&
+                             lines_.positionOf(hull.lowerBound).line == edit.edit.new_end_point.row;
+  if (!isTouched && isApart && !isColumnMoved)
+    return std::nullopt;
+
+  log_.catchUp(*sublayer, log_.count() - 1);
+  MovedSublayer moved(sublayer, edit);
+  sublayer->ranges = {};
+  sublayer->includedRanges.clear();
+  for (const std::size_t place : places) {
+    sublayer->ranges.insertContentsOf(settled.ranges()[place]);
+    sublayer->includedRanges.push_back(treeRange(settled.ranges()[place], lines_));
+  }
+  return moved;
+}
+
 // A cancelled edit parses nothing behind the place where it was cancelled, and layers that aren't
 // parsed lose what they had.
-void Parse::cancelSublayers(LayerImpl& layer, std::size_t first,
+void Parse::cancelSublayers(LayerImpl& layer, const LayerPtr& first,
                             std::span<const LayerPtr> alreadySeen) {
   unsettle(layer);
-  for (const LayerPtr& sublayer : std::span(layer.sublayers).subspan(first)) {
+  const auto start = first ? std::ranges::find(layer.sublayers, first) : layer.sublayers.begin();
+  for (const LayerPtr& sublayer : std::ranges::subrange(start, layer.sublayers.end())) {
     if (std::ranges::find(alreadySeen, sublayer) != alreadySeen.end())
       continue;
     log_.catchUp(*sublayer);

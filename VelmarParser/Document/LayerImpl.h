@@ -7,6 +7,7 @@
 #include "VelmarCore/Text/RunArray.h"
 #include "VelmarParser/Document/EditTimes.h"
 #include "VelmarParser/Document/ParseConfiguration.h"
+#include "VelmarParser/Document/SettledPlaces.h"
 #include "VelmarParser/Grammar/Parser.h"
 #include "VelmarParser/Grammar/TreeDisposal.h"
 #include "VelmarPlatform/Basics/AtomicFlag.h"
@@ -17,7 +18,6 @@
 #include <limits>
 #include <memory>
 #include <optional>
-#include <span>
 #include <vector>
 
 namespace velmar {
@@ -81,13 +81,11 @@ struct LayerImpl {
   bool isQuiet = false;
   /// Whether that holds of the sublayers.
   bool hasQuietSublayers = false;
-  /// Where each sublayer lies, if they are quiet, apart from each other and none is combined: then
-  /// an edit needs to look only at those around it.
-  std::optional<std::vector<TextRange>> settled;
+  /// Where they lie, if that is settled. An edit then needs to look only at those around it.
+  std::optional<SettledPlaces> settled;
+  /// Whether the layer's tree or one below it was told by the column at which it stands.
+  bool columnsMatter = false;
 };
-
-/// Of ranges in text order, none inside another, those that overlap `range`, as indices. O(log n).
-[[nodiscard]] Range<std::size_t> indicesIn(std::span<const TextRange> ranges, TextRange range);
 
 /// One edit, as every layer has to hear of it.
 struct LayerEdit {

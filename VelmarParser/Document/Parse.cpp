@@ -99,9 +99,11 @@ Parse::Layer Parse::deepestLayerContaining(std::int64_t offset) const {
 std::vector<Parse::LayerPtr> Parse::sublayersIn(const LayerPtr& layer, TextRange range) const {
   const detail::LayerImpl& parent = current(*layer);
   if (parent.settled) {
-    const auto [first, last] = detail::indicesIn(*parent.settled, range);
-    const auto start = parent.sublayers.begin();
-    return {start + static_cast<std::ptrdiff_t>(first), start + static_cast<std::ptrdiff_t>(last)};
+    std::vector<LayerPtr> found;
+    for (const std::size_t index :
+         parent.settled->sublayerIndicesAt(parent.settled->indicesIn(range)))
+      found.push_back(parent.sublayers[index]);
+    return found;
   }
   std::vector<LayerPtr> found;
   for (const LayerPtr& sublayer : parent.sublayers) {
@@ -127,16 +129,6 @@ void Parse::checkInvariants() const {
     precondition(layer.editsSeen < log_.count() || layer.lexicalSpans.count() == count(),
                  "Lexical spans are as long as the document.");
   }
-}
-
-Range<std::size_t> detail::indicesIn(std::span<const TextRange> ranges, TextRange range) {
-  const auto first = std::ranges::partition_point(
-      ranges, [&](const TextRange& each) { return each.upperBound <= range.lowerBound; });
-  const auto last = std::find_if(first, ranges.end(), [&](const TextRange& each) {
-    return each.lowerBound >= range.upperBound;
-  });
-  return {static_cast<std::size_t>(first - ranges.begin()),
-          static_cast<std::size_t>(last - ranges.begin())};
 }
 
 void Parse::letAllCatchUp() {
@@ -179,7 +171,7 @@ std::optional<ParseNode> Parse::Layer::root() const {
 TextRangeSet Parse::Layer::rangesExcludingSublayers() const {
   TextRangeSet ranges = current().ranges;
   if (base_->settled) {
-    ranges.subtract(TextRangeSet(std::span<const TextRange>(*base_->settled)));
+    ranges.subtract(TextRangeSet(base_->settled->ranges()));
     return ranges;
   }
   for (const LayerPtr& sublayer : base_->sublayers)

@@ -170,7 +170,10 @@ private:
   [[nodiscard]] bool canCarry(const detail::MovedSublayer& moved,
                               const detail::LayerEdit& edit) const;
   void carry(const detail::MovedSublayer& moved);
-  void cancelSublayers(detail::LayerImpl& layer, std::size_t first,
+  [[nodiscard]] std::optional<detail::MovedSublayer>
+  rejoinCombined(const detail::SettledPlaces& settled, std::size_t combined, bool isTouched,
+                 const detail::LayerEdit& edit) const;
+  void cancelSublayers(detail::LayerImpl& layer, const LayerPtr& first,
                        std::span<const LayerPtr> alreadySeen);
   static void dropSublayers(detail::LayerImpl& layer);
   void updateLexicalSpans(detail::LayerImpl& layer, const detail::LayerEdit& edit,

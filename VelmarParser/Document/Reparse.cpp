@@ -43,13 +43,16 @@ TextRangeSet changedRanges(const TextRangeSet& reported, const ParseTree& old,
 }
 
 /// What touches every node that the two trees don't have in common, or whose text was edited. A
-/// unit on either side of a place makes the nodes that end or begin there count.
+/// unit on either side of a place makes the nodes that end or begin there count: to the runtime, a
+/// token that only begins or ends elsewhere than before is the same.
 TextRangeSet dirtyRanges(const TextRangeSet& reported, const ParseTree& old, const ParseTree& tree,
                          TextRange edited) {
-  TextRangeSet dirty = reported;
+  TextRangeSet dirty;
   const auto insertAround = [&](std::int64_t lower, std::int64_t upper) {
     dirty.insertContentsOf({std::max<std::int64_t>(lower - 1, 0), upper + 1});
   };
+  for (const TextRange& range : reported.ranges())
+    insertAround(range.lowerBound, range.upperBound);
   insertAround(edited.lowerBound, edited.upperBound);
   // A root begins at its first child, so a blank in front moves it.
   const TextRange before = old.rootNode().utf16Range();
@@ -125,6 +128,7 @@ TextRangeSet Parse::reparse(const LayerPtr& layer, const LayerEdit& edit) {
   changed.formUnion(parseInjections(layer, edit, change));
   edit.enter(EditPhase::spans);
   updateLexicalSpans(*layer, edit, change);
+  layer->columnsMatter |= dependsOnColumn(*layer->tree->base());
   layer->isQuiet = layer->hasQuietSublayers && errorCount_ == errorsBefore;
   if (old) {
     edit.enter(EditPhase::changes);
