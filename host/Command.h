@@ -27,6 +27,12 @@ public:
   using Error::Error;
 };
 
+/// Ends the program with an exit code of its own, once everything has been said: that of another
+/// program.
+struct ProgramExit {
+  int code = 0;
+};
+
 struct Option {
   std::string_view name;  ///< With its dashes: "--language".
   std::string_view value; ///< What to call its value; empty for an option that is just there.
@@ -56,7 +62,8 @@ struct Command {
   std::string_view details;
   std::vector<Option> options;
   std::vector<Example> examples;
-  /// Does the work. Throws UsageError, or any other Error for input that can't be used.
+  /// Does the work. Throws UsageError, any other Error for input that can't be used, or
+  /// ProgramExit.
   void (*run)(const Arguments& arguments, Streams& streams);
 };
 

@@ -3,6 +3,7 @@
 #include "VelmarParser/Grammar/Grammar.h"
 #include "VelmarPlatform/Unicode/UTF.h"
 #include "host/EnvCommand.h"
+#include "host/ExecCommand.h"
 #include "host/ExplainCommand.h"
 #include "host/LanguagesCommand.h"
 #include "host/ReplayCommand.h"
@@ -142,7 +143,7 @@ ExitCode reportingFailures(Streams& streams, Body&& body) {
 std::span<const Command> commands() {
   static const Command all[] = {showCommand(),   explainCommand(),   treeCommand(),
                                 replayCommand(), languagesCommand(), envCommand(),
-                                whichCommand()};
+                                whichCommand(),  execCommand()};
   return all;
 }
 
@@ -153,6 +154,8 @@ ExitCode runCommandLine(std::span<const std::string> words, Streams& streams) {
       streams.output.flush();
       streams.errors.flush();
     });
+  } catch (const ProgramExit& exit) {
+    return static_cast<ExitCode>(exit.code);
   } catch (const BrokenPipe&) {
     return ExitCode::done;
   } catch (const Error&) {
