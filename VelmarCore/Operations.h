@@ -116,20 +116,23 @@ protected:
 private:
   template <class Body>
   static Task<Success> run(std::shared_ptr<Operation> self, Body body) {
+    std::optional<detail::Stored<Success>> value;
+    std::exception_ptr failure;
     try {
       auto task = Operations::withCurrent(self, std::move(body));
-      if constexpr (std::is_void_v<Success>) {
+      if constexpr (std::is_void_v<Success>)
         co_await std::move(task);
-        self->finish(nullptr);
-      } else {
-        Success value = co_await std::move(task);
-        self->finish(nullptr);
-        co_return value;
-      }
-    } catch (...) { // whatever it is: it goes on
-      self->finish(OperationError::wrapping(std::current_exception()));
-      throw;
+      else
+        value.emplace(co_await std::move(task));
+    } catch (...) { // whatever it is: it goes on once the job is finished
+      failure = std::current_exception();
     }
+    co_await detail::letQueuedUpdatesRun();
+    self->finish(failure == nullptr ? nullptr : OperationError::wrapping(failure));
+    if (failure != nullptr)
+      std::rethrow_exception(failure);
+    if constexpr (!std::is_void_v<Success>)
+      co_return std::move(*value);
   }
 
   TaskHandle<Success> task_;

@@ -1,6 +1,7 @@
 #include "VelmarCore/Operations/Operation.h"
 
 #include "VelmarPlatform/Basics/Precondition.h"
+#include "VelmarPlatform/Concurrency/Continuation.h"
 
 namespace velmar {
 
@@ -23,6 +24,13 @@ void ObservableOperation::finish(std::shared_ptr<const OperationError> error) {
   if (error != nullptr)
     registrar_.set(*this, errorKey, error_, std::move(error));
   registrar_.set(*this, isFinishedKey, isFinished_, true);
+}
+
+Task<void> detail::letQueuedUpdatesRun() {
+  co_await withContinuation([](Continuation<> continuation) {
+    mainExecutor().post(
+        [continuation = std::move(continuation)]() mutable { std::move(continuation).resume(); });
+  });
 }
 
 } // namespace velmar

@@ -64,4 +64,11 @@ private:
   ObservationRegistrar registrar_;
 };
 
+namespace detail {
+
+/// Suspends until the main executor has done what is queued now: a job isn't finished before all
+/// that it told is there.
+[[nodiscard]] Task<void> letQueuedUpdatesRun();
+
+} // namespace detail
 } // namespace velmar

@@ -75,6 +75,12 @@ TEST(Operations, StepsAndTheJobHaveLogsOfTheirOwn) {
   }
 }
 
+TEST(Operations, AJobIsFinishedWhenAllThatItToldIsThere) {
+  const auto operation = Operation<void>::start([] { log("Last", "words"); });
+  finish(operation);
+  EXPECT_EQ(linesOf(operation->output()), (Lines{"Last: words"}));
+}
+
 TEST(Operations, OutsideOfAJobTheBodyRunsAndLogsGoNowhere) {
   const auto step = runOnMain([]() -> Task<std::shared_ptr<OperationStep>> {
     log("Lost", "nobody reads this");
