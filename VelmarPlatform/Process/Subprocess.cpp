@@ -28,45 +28,48 @@ namespace {
 
 using ProcessPtr = std::shared_ptr<detail::ChildProcess>;
 
-// Events of which the first ends a wait
-
-Task<void> finishAtExit(ProcessPtr process, AsyncStreamSource<Nothing> event) {
-  co_await process->waitForExit();
-  event.finish();
-}
-Task<void> finishAfter(Clock* clock, Clock::Duration duration, AsyncStreamSource<Nothing> event) {
-  co_await clock->sleepFor(duration);
-  event.finish();
-}
-Task<void> finishBehind(std::function<Task<void>()> operation, AsyncStreamSource<Nothing> event) {
-  try {
-    co_await operation();
-  } catch (...) { // NOLINT(bugprone-empty-catch): the next step makes up for it
-  }
-  event.finish();
-}
-
 Task<void> cancelAfter(Clock* clock, Clock::Duration duration, TaskHandle<> task) {
   co_await clock->sleepFor(duration);
   task.cancel();
 }
 
+Task<void> waitForEnd(TaskHandle<> task) {
+  static_cast<void>(co_await task.waitForEnd());
+}
+
 /// Takes one step, and waits until it has had its effect or its time.
 Task<void> take(ProcessPtr process, Clock* clock, TeardownStep step) {
-  auto ends = makeAsyncStream<Nothing>();
-  const AsyncStreamSource<Nothing> event = ends.source;
-  TaskScope scope;
-  scope.spawn([process, event] { return finishAtExit(process, event); });
-  scope.spawn([clock, duration = step.allowedDuration(), event] {
-    return finishAfter(clock, duration, event);
+  TaskScope scope; // for an operation that isn't waited for
+  co_await withTaskGroup<void>([&](TaskGroup<>& group) -> Task<void> {
+    group.add([process] { return process->waitForExit(); });
+    group.add([clock, duration = step.allowedDuration()] { return clock->sleepFor(duration); });
+    if (const auto* custom = std::get_if<TeardownStep::Custom>(&step.action())) {
+      group.add([operation = scope.spawn(custom->operation)] { return waitForEnd(operation); });
+    } else {
+      process->signalGroup(std::get<TeardownStep::Signal>(step.action()).number);
+      process->signalGroup(SIGCONT); // one that is stopped doesn't see it before
+    }
+    static_cast<void>(co_await group.nextOutcome()); // the first of them, however it ended
+    group.cancelAll();
   });
-  if (const auto* custom = std::get_if<TeardownStep::Custom>(&step.action())) {
-    scope.spawn([operation = custom->operation, event] { return finishBehind(operation, event); });
-  } else {
-    process->signalGroup(std::get<TeardownStep::Signal>(step.action()).number);
-    process->signalGroup(SIGCONT); // one that is stopped doesn't see it before
+}
+
+/// Waits for the end of the body's task. When ours is cancelled, it has `patience` until its own
+/// is.
+Task<Outcome<void>> endOf(TaskHandle<> conversation, Clock* clock, Clock::Duration patience) {
+  bool isCancelled = false;
+  try {
+    static_cast<void>(co_await conversation.waitForEnd());
+  } catch (const CancellationError&) {
+    isCancelled = true;
   }
-  co_await ends.stream.next();
+  if (isCancelled) {
+    const auto timer = spawn([=] { return cancelAfter(clock, patience, conversation); });
+    static_cast<void>(co_await conversation.outcome());
+    timer.cancel();
+    static_cast<void>(co_await timer.outcome()); // it is through with the clock then
+  }
+  co_return co_await conversation.outcome();
 }
 
 /// Collects an output as it comes.
@@ -176,7 +179,8 @@ Task<Subprocess::Ended> Subprocess::runImpl(Configuration configuration, Connect
                         [configuration = std::move(configuration), connections] {
                           return detail::ChildProcess::start(configuration, connections);
                         });
-  ProcessPtr process = co_await starting.value();
+  static_cast<void>(co_await starting.outcome());
+  ProcessPtr process = std::move(starting).takeValue(); // nobody else holds a failure then
   const auto run = std::make_shared<Run>(std::move(process), std::move(options));
 
   const auto supervisor = spawn([run] { return supervise(run); });
@@ -187,14 +191,10 @@ Task<Subprocess::Ended> Subprocess::runImpl(Configuration configuration, Connect
       [supervisor] { return supervisor.outcome(); }, [supervisor] { supervisor.cancel(); });
   // A body that the teardown leaves without its child reads to the end and is through. One that
   // waits for something else needs to be told.
-  TaskScope patience;
-  const Clock::Duration time =
-      ended && !ended->wasTornDown ? Clock::Duration::zero() : run->options.outputGracePeriod;
-  const Outcome<void> conversed = co_await withTaskCancellationHandler(
-      [conversation] { return conversation.outcome(); },
-      [&patience, conversation, clock = run->options.clock, time] {
-        patience.spawn([=] { return cancelAfter(clock, time, conversation); });
-      });
+  const bool wasTornDown = !ended || ended->wasTornDown;
+  const Outcome<void> conversed =
+      co_await endOf(conversation, run->options.clock,
+                     wasTornDown ? run->options.outputGracePeriod : Clock::Duration::zero());
   if (!conversed)
     std::rethrow_exception(conversed.error());
   if (!ended)
@@ -252,11 +252,15 @@ Task<void> Subprocess::tearDown(std::shared_ptr<Run> run) {
 }
 
 Task<void> Subprocess::letOutputEnd(std::shared_ptr<Run> run) {
-  TaskScope scope;
-  scope.spawn([clock = run->options.clock, duration = run->options.outputGracePeriod,
-               event = run->outputEnd.source] { return finishAfter(clock, duration, event); });
-  while (!run->process->isOutputClosed() && co_await run->outputEnd.stream.next()) {
-  }
+  co_await withTaskGroup<void>([&](TaskGroup<>& group) -> Task<void> {
+    group.add([run]() -> Task<void> {
+      co_await run->options.clock->sleepFor(run->options.outputGracePeriod);
+      run->outputEnd.source.finish();
+    });
+    while (!run->process->isOutputClosed() && co_await run->outputEnd.stream.next()) {
+    }
+    group.cancelAll();
+  });
 }
 
 Task<Subprocess::CollectedResult> Subprocess::run(Configuration configuration,
