@@ -6,6 +6,7 @@
 #include "host/ExecCommand.h"
 #include "host/ExplainCommand.h"
 #include "host/LanguagesCommand.h"
+#include "host/OutlineCommand.h"
 #include "host/ReplayCommand.h"
 #include "host/ShowCommand.h"
 #include "host/TreeCommand.h"
@@ -141,9 +142,9 @@ ExitCode reportingFailures(Streams& streams, Body&& body) {
 } // namespace
 
 std::span<const Command> commands() {
-  static const Command all[] = {showCommand(),   explainCommand(),   treeCommand(),
-                                replayCommand(), languagesCommand(), envCommand(),
-                                whichCommand(),  execCommand()};
+  static const Command all[] = {
+      showCommand(),   explainCommand(),   treeCommand(), outlineCommand(), foldsCommand(),
+      replayCommand(), languagesCommand(), envCommand(),  whichCommand(),   execCommand()};
   return all;
 }
 

@@ -23,13 +23,21 @@ struct Row {
   LanguageSyntax syntax = {};
 };
 
+/// What makes a bookmark of a comment beside the "!" that does in every language: "MARK: Parsing"
+/// is one named "Parsing", "TODO: test it" one of that name.
+LanguageSyntax::Bookmarks bookmarks() {
+  static const RegularExpression words(
+      R"(^[/*!\s]*(?:MARK:\s*(?=\S)|(?=(?:TODO|FIXME|HACK|XXX)\b))(.+))");
+  return {.regex = words, .contentCapture = 1};
+}
+
 LanguageSyntax syntaxOf(std::optional<std::string> single,
                         std::optional<LanguageSyntax::Comments::Multiline> multiline,
                         std::optional<std::string> identifierCharacters = std::nullopt,
                         std::vector<BracketPair> brackets = {
                             {U'(', U')'}, {U'[', U']'}, {U'{', U'}'}}) {
   return {.comments = {.single = std::move(single), .multiline = std::move(multiline)},
-          .bookmarks = std::nullopt,
+          .bookmarks = bookmarks(),
           .identifiers = {.characters = std::move(identifierCharacters)},
           .brackets = {.pairs = std::move(brackets)}};
 }

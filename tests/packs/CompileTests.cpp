@@ -84,19 +84,18 @@ std::optional<std::string> faultOf(const PackText& pack, const Grammar& grammar)
 class PackCompiles : public ::testing::TestWithParam<PackFile> {};
 
 TEST_P(PackCompiles, AgainstItsGrammar) {
-  const auto text = PackReader(packFolder()).textFor(GetParam().language, GetParam().category);
-  ASSERT_TRUE(text);
-  ASSERT_EQ(faultOf(*text, *grammarOf(GetParam().language)), std::nullopt);
-  const Query query(text->text, grammarOf(GetParam().language));
+  const PackText text = textOf(GetParam());
+  ASSERT_EQ(faultOf(text, *grammarOf(GetParam().language)), std::nullopt);
+  const Query query(text.text, grammarOf(GetParam().language));
   EXPECT_GT(query.patternCount(), 0);
 }
 
 TEST_P(PackCompiles, WithoutPredicatesThatNobodyKnows) {
-  const auto text = PackReader(packFolder()).textFor(GetParam().language, GetParam().category);
-  const Query query(text.value().text, grammarOf(GetParam().language));
+  const PackText text = textOf(GetParam());
+  const Query query(text.text, grammarOf(GetParam().language));
   for (const auto pattern : query.patterns()) {
     for (const auto& other : query.otherPredicates()[static_cast<std::size_t>(pattern.index())]) {
-      const PackText::Place place = text->placeOf(pattern.byteRange().lowerBound);
+      const PackText::Place place = text.placeOf(pattern.byteRange().lowerBound);
       ADD_FAILURE() << place.file << ":" << place.line << ": nobody knows “" << other.name << "”.";
     }
   }
@@ -119,8 +118,7 @@ TEST(Packs, AreThere) {
 TEST(Packs, HaveNoTextThatNobodyInherits) {
   std::set<std::string> used;
   for (const PackFile& file : languagePackFiles()) {
-    const auto text = PackReader(packFolder()).textFor(file.language, file.category);
-    for (const auto& piece : text.value().pieces)
+    for (const auto& piece : textOf(file).pieces)
       used.insert(piece.file);
   }
   std::vector<std::string> all;

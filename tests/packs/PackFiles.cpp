@@ -17,12 +17,25 @@ FilePath packFolder() {
   return FilePath(VELMAR_SOURCE_DIR).appending("packs");
 }
 
+host::PackText textOf(const PackFile& file) {
+  constexpr std::string_view named = "named/";
+  const host::PackReader reader(packFolder());
+  return (file.category.starts_with(named)
+              ? reader.textNamed(file.language, file.category.substr(named.size()))
+              : reader.textFor(file.language, file.category))
+      .value();
+}
+
 std::vector<PackFile> allPackFiles() {
   std::vector<PackFile> files;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(packFolder().string())) {
-    if (entry.path().extension() == ".scm")
-      files.push_back({.language = entry.path().parent_path().filename().string(),
-                       .category = entry.path().stem().string()});
+    if (entry.path().extension() != ".scm")
+      continue;
+    // The language's folder, or one below it: "cpp/symbols", "cpp/named/arguments".
+    const auto path = std::filesystem::relative(entry.path(), packFolder().string());
+    files.push_back(
+        {.language = path.begin()->string(),
+         .category = path.lexically_relative(*path.begin()).replace_extension().generic_string()});
   }
   std::ranges::sort(files, {}, &PackFile::path);
   return files;

@@ -3,6 +3,7 @@
 
 #include "VelmarParser/Grammar/Grammar.h"
 #include "VelmarPlatform/Files/FilePath.h"
+#include "host/PackReader.h"
 
 #include <memory>
 #include <ostream>
@@ -12,7 +13,8 @@
 
 namespace velmar::testing {
 
-/// One query text: the pack of a language and a category.
+/// One query text: the pack of a language and a category, or "named/" and the name of a text that
+/// others refer to.
 struct PackFile {
   std::string language;
   std::string category;
@@ -25,6 +27,9 @@ struct PackFile {
 void PrintTo(const PackFile& file, std::ostream* stream);
 
 [[nodiscard]] FilePath packFolder();
+
+/// Its text, behind what it inherits.
+[[nodiscard]] host::PackText textOf(const PackFile& file);
 
 /// All of them in order, also those that are only inherited from.
 [[nodiscard]] std::vector<PackFile> allPackFiles();

@@ -23,8 +23,9 @@ PackLanguages::PackLanguages() : reader_(packFolder()) {}
 ParseConfiguration PackLanguages::configuration(std::string_view language) {
   if (const auto made = made_.find(language); made != made_.end())
     return made->second;
-  ParseConfiguration made(LanguageID{std::string(language)}, grammarOf(language), LanguageSyntax{},
-                          shared_from_this());
+  const host::Language* const known = host::languageNamed(language);
+  ParseConfiguration made(LanguageID{std::string(language)}, grammarOf(language),
+                          known ? known->syntax : LanguageSyntax{}, shared_from_this());
   return made_.emplace(language, std::move(made)).first->second;
 }
 
@@ -42,9 +43,10 @@ std::optional<std::string> PackLanguages::queryTextFor(ParseQueryCategory catego
   return text ? std::optional(std::move(text->text)) : std::nullopt;
 }
 
-std::optional<std::string> PackLanguages::queryTextNamed(std::string_view,
-                                                         const ParseConfiguration&) {
-  return std::nullopt;
+std::optional<std::string> PackLanguages::queryTextNamed(std::string_view name,
+                                                         const ParseConfiguration& asking) {
+  auto text = reader_.textNamed(asking.id().rawValue, name);
+  return text ? std::optional(std::move(text->text)) : std::nullopt;
 }
 
 } // namespace velmar::testing

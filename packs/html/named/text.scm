@@ -1,0 +1,2 @@
+; All that is to be read in an element
+([(text) (entity)] @result)

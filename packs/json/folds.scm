@@ -1,0 +1,6 @@
+([
+    (object "{" @start "}" @end)
+    (array "[" @start "]" @end)
+  ]
+  (#set! "scope.byLine")
+  (#set! "role" "block"))
