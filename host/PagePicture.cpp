@@ -24,6 +24,12 @@ pre { margin: 0; padding: 1em 1.5em 3em 0; font: inherit; tab-size: 4; overflow-
 .layer:hover, .shown .layer { background: rgba(var(--tint), 0.09); }
 .shown .layer:hover { background: rgba(var(--tint), 0.2); }
 .n:target::before { color: var(--text); font-weight: bold; }
+.f::after { content: "▾"; position: absolute; }
+nav { padding: 0.8em 1.5em; border-bottom: 1px solid var(--rule); max-height: 50vh; overflow: auto; }
+nav ul { margin: 0; padding-left: 1.5em; list-style: none; }
+nav a { color: inherit; text-decoration: none; }
+nav i { color: var(--faint); }
+nav .separator { border-top: 1px solid var(--rule); }
 .b { font-weight: bold; } .i { font-style: italic; } .u { text-decoration: underline; } .s { text-decoration: line-through; } .u.s { text-decoration: underline line-through; }
 .stand-in { border: 1px solid currentColor; border-radius: 3px; font-size: 0.85em; opacity: 0.8; }
 )";
@@ -83,7 +89,10 @@ void PagePicture::writeHead(std::string_view summary) {
                             options_.showsLayers ? " class=\"shown\"" : "", title,
                             escapedHTML(summary)));
   // A line feed right behind the tag wouldn't count, so an empty first line needs one to spare.
-  output_.write("</header>\n<pre>\n");
+  output_.write("</header>\n");
+  if (!options_.outline.empty())
+    output_.write(fmt::format("<nav>{}\n</nav>\n", options_.outline));
+  output_.write("<pre>\n");
 }
 
 void PagePicture::writeFoot() {
@@ -92,7 +101,11 @@ void PagePicture::writeFoot() {
 }
 
 void PagePicture::startLine() {
-  output_.write(fmt::format("<a class=\"n\" id=\"L{0}\" href=\"#L{0}\"></a>", options_.firstLine));
+  const auto fold = options_.folds.find(options_.firstLine);
+  output_.write(fmt::format(
+      "<a class=\"n{1}\" id=\"L{0}\" href=\"#L{0}\"{2}></a>", options_.firstLine,
+      fold != options_.folds.end() ? " f" : "",
+      fold != options_.folds.end() ? fmt::format(" title=\"{}\"", escapedHTML(fold->second)) : ""));
   ++options_.firstLine;
 }
 

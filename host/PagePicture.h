@@ -6,8 +6,10 @@
 #include "host/Streams.h"
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velmar::host {
@@ -18,6 +20,10 @@ struct PageOptions {
   std::int64_t firstLine = 1;
   /// Whether the backgrounds of nested layers show all the time.
   bool showsLayers = false;
+  /// HTML to put in front of the text; empty for nothing.
+  std::string outline = {};
+  /// What folds at a line, by its number.
+  std::map<std::int64_t, std::string> folds = {};
 };
 
 /// `text` with the characters escaped that mean something in HTML, in attributes too.
@@ -26,9 +32,9 @@ struct PageOptions {
 /// Write the head, then the text, then the foot.
 class PagePicture final : public PictureWriter {
 public:
-  PagePicture(const Parse& parse, Painter& painter, const Theme& theme, const PageOptions& options,
+  PagePicture(const Parse& parse, Painter& painter, const Theme& theme, PageOptions options,
               Output& output)
-      : PictureWriter(parse, painter, Tabs::keep), theme_(theme), options_(options),
+      : PictureWriter(parse, painter, Tabs::keep), theme_(theme), options_(std::move(options)),
         output_(output) {}
 
   /// `summary` stands below the title; it is escaped.

@@ -3,6 +3,7 @@
 #include "host/LanguageChoice.h"
 #include "host/LayerList.h"
 #include "host/OpenDocument.h"
+#include "host/PageOutline.h"
 #include "host/PagePicture.h"
 #include "host/PictureJSON.h"
 #include "host/TerminalPicture.h"
@@ -21,6 +22,8 @@ struct ShowOptions {
   Form form = Form::terminal;
   TerminalOptions terminal;
   bool showsLayers = false;
+  bool showsOutline = false;
+  bool showsFolds = false;
   /// Lines from 0, the end not included.
   Range<std::int64_t> lines;
 };
@@ -85,6 +88,10 @@ ShowOptions optionsFrom(const Arguments& arguments, std::int64_t lineCount,
                  : arguments.has("--json") ? Form::json
                                            : Form::terminal;
   options.showsLayers = arguments.has("--layers");
+  options.showsOutline = arguments.has("--outline");
+  options.showsFolds = arguments.has("--folds");
+  if ((options.showsOutline || options.showsFolds) && options.form != Form::page)
+    throw UsageError("“--outline” and “--folds” go with “--html”.");
   options.terminal = {.colors = arguments.has("--ansi") || streams.output.isStyled()
                                     ? terminalColors(streams)
                                     : ColorDepth::none,
@@ -117,11 +124,19 @@ void showOnTerminal(const OpenDocument& document, TextRange range, const ShowOpt
 void showAsPage(const OpenDocument& document, TextRange range, const ShowOptions& options,
                 Output& output) {
   Painter painter(document.parse(), Theme::builtIn());
-  PagePicture page(document.parse(), painter, Theme::builtIn(),
-                   {.title = document.name(),
-                    .firstLine = options.lines.lowerBound + 1,
-                    .showsLayers = options.showsLayers},
-                   output);
+  const DocumentText& text = document.parse().text();
+  const Structure structure = options.showsOutline || options.showsFolds
+                                  ? parseStructure(document.parse().rootLayer())
+                                  : Structure();
+  PagePicture page(
+      document.parse(), painter, Theme::builtIn(),
+      {.title = document.name(),
+       .firstLine = options.lines.lowerBound + 1,
+       .showsLayers = options.showsLayers,
+       .outline = options.showsOutline ? outlineAsHTML(structure.symbols, text, range) : "",
+       .folds = options.showsFolds ? foldTitles(structure.folds, text)
+                                   : std::map<std::int64_t, std::string>()},
+      output);
   const auto counted = [](auto count, std::string_view what) {
     return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
   };
@@ -182,6 +197,8 @@ Command showCommand() {
                   {"--html", "", "One page for a browser; layers show on hover."},
                   {"--json", "", "Layers and their spans in UTF-16 code units, unmerged."},
                   {"--layers", "", "List the layers, and give nested ones a background."},
+                  {"--outline", "", "With --html, list the symbols in front of the text."},
+                  {"--folds", "", "With --html, mark the lines at which something folds."},
                   {"--range", "A-B", "Only the lines A to B, counting from 1; also “A-” and “A”."},
                   {"--colors", "NUMBER", "true, 256 or none, whatever the terminal says."},
                   {"--light", "", "Colours for a light background."},

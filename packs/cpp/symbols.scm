@@ -1,4 +1,4 @@
-; inherits: c
+; inherits: _c
 ; C++.
 
 ; Namespaces
@@ -26,119 +26,80 @@
     "field_declaration_list" "template_declaration")
   (#set! "role" "type"))
 
-; Functions that give a reference, and templates
+; Functions: what stands outside of code. In a body, `Lock lock(mutex);` would look like one.
 ((_
   [
-    (function_definition type: (_) declarator: (reference_declarator
-      (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target)))
-    (declaration type: (_) declarator: (reference_declarator
-      (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target)))
+    (function_definition type: (_) declarator: [
+      (function_declarator declarator: [(identifier) (operator_name) (template_function)] @name parameters: (_) @arguments.target)
+      (pointer_declarator declarator: (function_declarator declarator: [(identifier) (operator_name) (template_function)] @name parameters: (_) @arguments.target))
+      (reference_declarator (function_declarator declarator: [(identifier) (operator_name) (template_function)] @name parameters: (_) @arguments.target))
+    ])
+    (declaration type: (_) declarator: [
+      (function_declarator declarator: [(identifier) (operator_name)] @name parameters: (_) @arguments.target)
+      (pointer_declarator declarator: (function_declarator declarator: [(identifier) (operator_name)] @name parameters: (_) @arguments.target))
+      (reference_declarator (function_declarator declarator: [(identifier) (operator_name)] @name parameters: (_) @arguments.target))
+    ])
   ] @subtree) @_parent
   (#has-type? @_parent
     "translation_unit" "declaration_list" "linkage_specification" "friend_declaration"
     "preproc_ifdef" "preproc_if" "preproc_else" "preproc_elif")
   (#set! "arguments.query" "arguments")
   (#set! "role" "function"))
-((_
-  (template_declaration
-    [
-      (function_definition type: (_) declarator: [
-        (function_declarator declarator: [(identifier) (template_function)] @name parameters: (_) @arguments.target)
-        (pointer_declarator declarator: (function_declarator declarator: [(identifier) (template_function)] @name parameters: (_) @arguments.target))
-        (reference_declarator (function_declarator declarator: [(identifier) (template_function)] @name parameters: (_) @arguments.target))
-      ])
-      (declaration type: (_) declarator: [
-        (function_declarator declarator: [(identifier) (template_function)] @name parameters: (_) @arguments.target)
-        (pointer_declarator declarator: (function_declarator declarator: [(identifier) (template_function)] @name parameters: (_) @arguments.target))
-        (reference_declarator (function_declarator declarator: [(identifier) (template_function)] @name parameters: (_) @arguments.target))
-      ])
-    ] @subtree)) @_parent
-  (#not-has-type? @_parent "field_declaration_list")
-  (#set! "arguments.query" "arguments")
-  (#set! "role" "function"))
 
-; Members of a class, in it
-([
-    (field_declaration type: (_) declarator: [
-      (function_declarator declarator: (field_identifier) @name parameters: (_) @arguments.target)
-      (pointer_declarator declarator: (function_declarator declarator: (field_identifier) @name parameters: (_) @arguments.target))
-      (reference_declarator (function_declarator declarator: (field_identifier) @name parameters: (_) @arguments.target))
-    ])
-    (function_definition declarator: [
-      (function_declarator declarator: (field_identifier) @name parameters: (_) @arguments.target)
-      (pointer_declarator declarator: (function_declarator declarator: (field_identifier) @name parameters: (_) @arguments.target))
-      (reference_declarator (function_declarator declarator: (field_identifier) @name parameters: (_) @arguments.target))
-    ])
-  ] @subtree
-  (#set! "arguments.query" "arguments")
-  (#set! "role" "method")
-  (#set-if-match! @subtree "^(?:\\[\\[[^\\]]*\\]\\]\\s*)?(?:(?:inline|constexpr|consteval)\\s+)*static\\b" "role" "static-method"))
-(field_declaration_list
-  (template_declaration
-    [
-      (function_definition type: (_) declarator: [
-        (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target)
-        (pointer_declarator declarator: (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target))
-        (reference_declarator (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target))
-      ])
-      (declaration type: (_) declarator: [
-        (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target)
-        (pointer_declarator declarator: (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target))
-        (reference_declarator (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target))
-      ])
-    ] @subtree)
-  (#set! "arguments.query" "arguments")
-  (#set! "role" "method")
-  (#set-if-match! @subtree "^(?:\\[\\[[^\\]]*\\]\\]\\s*)?(?:(?:inline|constexpr|consteval)\\s+)*static\\b" "role" "static-method"))
-([
-    (field_declaration_list [
-      (function_definition !type
-        declarator: (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target))
-      (declaration !type
-        declarator: (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target))
-    ] @subtree)
-    (field_declaration_list (template_declaration [
-      (function_definition !type
-        declarator: (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target))
-      (declaration !type
-        declarator: (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target))
-    ] @subtree))
-  ]
-  (#set! "arguments.query" "arguments")
-  (#set! "role" "constructor"))
-([
-    (function_definition declarator: (function_declarator declarator: (destructor_name) @name))
-    (declaration declarator: (function_declarator declarator: (destructor_name) @name))
-  ] @subtree
-  (#set! "role" "destructor"))
-
-; Operators
-((_
+; Templates: in a class or not
+((template_declaration
   [
     (function_definition declarator: [
-      (function_declarator declarator: (operator_name) @name parameters: (_) @arguments.target)
-      (pointer_declarator declarator: (function_declarator declarator: (operator_name) @name parameters: (_) @arguments.target))
-      (reference_declarator (function_declarator declarator: (operator_name) @name parameters: (_) @arguments.target))
+      (function_declarator declarator: [(identifier) (operator_name) (template_function)] @name parameters: (_) @arguments.target)
+      (pointer_declarator declarator: (function_declarator declarator: [(identifier) (operator_name) (template_function)] @name parameters: (_) @arguments.target))
+      (reference_declarator (function_declarator declarator: [(identifier) (operator_name) (template_function)] @name parameters: (_) @arguments.target))
     ])
     (declaration declarator: [
-      (function_declarator declarator: (operator_name) @name parameters: (_) @arguments.target)
-      (pointer_declarator declarator: (function_declarator declarator: (operator_name) @name parameters: (_) @arguments.target))
-      (reference_declarator (function_declarator declarator: (operator_name) @name parameters: (_) @arguments.target))
+      (function_declarator declarator: [(identifier) (operator_name)] @name parameters: (_) @arguments.target)
+      (pointer_declarator declarator: (function_declarator declarator: [(identifier) (operator_name)] @name parameters: (_) @arguments.target))
+      (reference_declarator (function_declarator declarator: [(identifier) (operator_name)] @name parameters: (_) @arguments.target))
     ])
-    (field_declaration declarator: [
-      (function_declarator declarator: (operator_name) @name parameters: (_) @arguments.target)
-      (pointer_declarator declarator: (function_declarator declarator: (operator_name) @name parameters: (_) @arguments.target))
-      (reference_declarator (function_declarator declarator: (operator_name) @name parameters: (_) @arguments.target))
-    ])
-  ] @subtree) @_parent
-  (#not-has-type? @_parent "compound_statement")
+  ] @subtree)
   (#set! "arguments.query" "arguments")
   (#set! "role" "function-or-method"))
+
+; Members of a class, in it
+((field_declaration_list
+  [
+    (field_declaration type: (_) declarator: [
+      (function_declarator declarator: [(field_identifier) (operator_name)] @name parameters: (_) @arguments.target)
+      (pointer_declarator declarator: (function_declarator declarator: [(field_identifier) (operator_name)] @name parameters: (_) @arguments.target))
+      (reference_declarator (function_declarator declarator: [(field_identifier) (operator_name)] @name parameters: (_) @arguments.target))
+    ])
+    (function_definition declarator: [
+      (function_declarator declarator: [(field_identifier) (operator_name)] @name parameters: (_) @arguments.target)
+      (pointer_declarator declarator: (function_declarator declarator: [(field_identifier) (operator_name)] @name parameters: (_) @arguments.target))
+      (reference_declarator (function_declarator declarator: [(field_identifier) (operator_name)] @name parameters: (_) @arguments.target))
+    ])
+  ] @subtree)
+  (#set! "arguments.query" "arguments")
+  (#set! "role" "method")
+  (#set-if-match! @subtree "^(?:\\[\\[[^\\]]*\\]\\]\\s*)?(?:(?:inline|constexpr|consteval)\\s+)*static\\b" "role" "static-method"))
+((field_declaration_list
+  [
+    (function_definition !type
+      declarator: (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target))
+    (declaration !type
+      declarator: (function_declarator declarator: (identifier) @name parameters: (_) @arguments.target))
+  ] @subtree)
+  (#set! "arguments.query" "arguments")
+  (#set! "role" "constructor"))
+((field_declaration_list
+  [
+    (function_definition declarator: (function_declarator declarator: (destructor_name) @name))
+    (declaration declarator: (function_declarator declarator: (destructor_name) @name))
+  ] @subtree)
+  (#set! "role" "destructor"))
 ([
     (function_definition declarator: (operator_cast) @name)
     (declaration declarator: (operator_cast) @name)
   ] @subtree
-  (#replace! @name "\\s*\\([^()]*\\)[^()]*$" "")
+  (#replace! @name "\s*\([^()]*\)[^()]*$" "")
   (#set! "role" "method"))
 
 ; Members of a class, or of a namespace, outside of it: the name tells what isn't merely one of both.

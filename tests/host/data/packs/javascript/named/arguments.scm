@@ -1,0 +1,1 @@
+(formal_parameters (identifier) @name @subtree)
