@@ -1,5 +1,7 @@
 #include "VelmarParser/Grammar/TreeDisposal.h"
 
+#include "VelmarParser/Grammar/ObjectDisposal.h"
+
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -13,7 +15,8 @@ namespace {
 struct ParserDeleter {
   void operator()(TSParser* parser) const noexcept { ts_parser_delete(parser); }
 };
-using Garbage = std::variant<ParseTree, std::unique_ptr<TSParser, ParserDeleter>>;
+using Garbage =
+    std::variant<ParseTree, std::unique_ptr<TSParser, ParserDeleter>, std::shared_ptr<void>>;
 
 /// One thread for the whole process, started when it is first needed and never joined: at exit
 /// there is nothing that must be freed.
@@ -69,6 +72,10 @@ void disposeTree(ParseTree tree) {
 
 void disposeInBackground(TSParser* parser) {
   DisposalThread::shared().add(std::unique_ptr<TSParser, ParserDeleter>(parser));
+}
+
+void disposeInBackground(std::shared_ptr<void> object) {
+  DisposalThread::shared().add(std::move(object));
 }
 
 } // namespace velmar

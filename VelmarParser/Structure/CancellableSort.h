@@ -3,6 +3,7 @@
 
 #include "VelmarCore/Text/RangeComparator.h"
 #include "VelmarParser/Structure/CancellationTicks.h"
+#include "VelmarParser/Structure/DisposedVector.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -15,7 +16,7 @@ namespace velmar {
 /// first; elements that compare the same keep their order. O(n log n), and O(n) if they are in
 /// order already.
 ///
-/// Throws CancellationError from between two comparisons; then the elements are as they were.
+/// Throws CancellationError, and then the elements are good for nothing but to be freed.
 template <class Element, class ToRange, class ToPriority>
 void sortInOrder(std::vector<Element>& elements, ToRange range, ToPriority priority,
                  CancellationTicks& ticks) {
@@ -40,11 +41,13 @@ void sortInOrder(std::vector<Element>& elements, ToRange range, ToPriority prior
   if (std::ranges::is_sorted(keys, before))
     return;
   std::ranges::sort(keys, before);
-  std::vector<Element> sorted;
+  DisposedVector<Element> sorted;
   sorted.reserve(elements.size());
-  for (const Key& key : keys)
+  for (const Key& key : keys) {
+    ticks.step(); // New memory for many large elements takes a while to get.
     sorted.push_back(std::move(elements[key.place]));
-  elements = std::move(sorted);
+  }
+  elements.swap(sorted);
 }
 
 template <class Element, class ToRange>

@@ -12,6 +12,7 @@
 #include "VelmarCode/Syntax/CodeSymbol.h"
 #include "VelmarParser/Document/Parse.h"
 #include "VelmarParser/Structure/CancellationTicks.h"
+#include "VelmarParser/Structure/DisposedVector.h"
 #include "VelmarParser/Structure/ScopingRegions.h"
 
 #include <cstdint>
@@ -31,9 +32,9 @@ public:
   /// Throws CancellationError.
   void read();
 
-  [[nodiscard]] std::vector<CodeSymbol> takeBookmarks() { return std::move(bookmarks_); }
+  [[nodiscard]] std::vector<CodeSymbol> takeBookmarks() { return std::move(bookmarks_).take(); }
   /// Each with the role of a comment; in no order.
-  [[nodiscard]] std::vector<ScopingRegion> takeFolds() { return std::move(folds_); }
+  [[nodiscard]] std::vector<ScopingRegion> takeFolds() { return std::move(folds_).take(); }
 
 private:
   /// A run of lines that hold nothing but a line comment each, except for the first.
@@ -61,8 +62,8 @@ private:
   std::u16string suffix_;
   TextRangeSet sublayerRanges_;
   std::optional<Group> group_;
-  std::vector<CodeSymbol> bookmarks_;
-  std::vector<ScopingRegion> folds_;
+  DisposedVector<CodeSymbol> bookmarks_;
+  DisposedVector<ScopingRegion> folds_;
 };
 
 } // namespace velmar

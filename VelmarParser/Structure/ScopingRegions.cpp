@@ -1,6 +1,7 @@
 #include "VelmarParser/Structure/ScopingRegions.h"
 
 #include "VelmarParser/Structure/CancellableSort.h"
+#include "VelmarParser/Structure/DisposedVector.h"
 
 #include <map>
 
@@ -69,8 +70,9 @@ public:
   Pairing(const DocumentText& text, ScopingRegionsOptions options)
       : text_(text), options_(options), ticks_(options.cancel) {}
 
-  std::vector<ScopingRegion> regionsFor(std::vector<ScopingCandidate> candidates) && {
+  std::vector<ScopingRegion> regionsFor(std::vector<ScopingCandidate> all) && {
     using Candidate = ScopingCandidate;
+    DisposedVector<Candidate> candidates(std::move(all));
     sortInOrder(
         candidates, [](const Candidate& candidate) { return candidate.span.range(); },
         [](const Candidate& candidate) { return candidate.span.sortPriority(); }, ticks_);
@@ -84,7 +86,7 @@ public:
     sortInOrder(regions_, &ScopingRegion::range, ticks_);
     if (std::ranges::any_of(regions_, &ScopingRegion::isIncomplete))
       extend();
-    return std::move(regions_);
+    return std::move(regions_).take();
   }
 
 private:
@@ -131,7 +133,7 @@ private:
   /// Gives the regions that have no end theirs, and drops those of which nothing is left.
   void extend() {
     const std::vector<std::size_t> next = nextOfLevel();
-    std::vector<ScopingRegion> extended;
+    DisposedVector<ScopingRegion> extended;
     extended.reserve(regions_.size());
     std::vector<TextRange> enclosing;
     for (std::size_t index = 0; index < regions_.size(); ++index) {
@@ -153,7 +155,7 @@ private:
       }
       extended.push_back(std::move(region));
     }
-    regions_ = std::move(extended);
+    regions_.swap(extended);
   }
 
   /// For each region that has a level the next one behind it whose level isn't deeper; the number
@@ -201,7 +203,7 @@ private:
   CancellationTicks ticks_;
   std::optional<ScopingRegion> pending_; // of those without a group, only the last can be ended
   std::map<std::string, WaitingStarts, std::less<>> groups_;
-  std::vector<ScopingRegion> regions_;
+  DisposedVector<ScopingRegion> regions_;
 };
 
 } // namespace
@@ -218,15 +220,13 @@ std::optional<ScopingRegion> scopingRegionFor(const DocumentText& text, TextRang
   return found ? std::optional(ScopingRegion{.range = *found}) : std::nullopt;
 }
 
-std::vector<ScopingRegion> scopingRegions(const Parse::Layer& layer,
-                                          const std::shared_ptr<const Query>& query,
-                                          std::optional<TextRange> range,
-                                          const ScopingCandidateBuilder& candidateBuilder,
-                                          RegularExpressionPass* pass) {
-  const DocumentText& text = layer.parse().text();
+std::vector<ScopingRegion> scopingRegionsIn(std::optional<ParseNode> node, TextRange range,
+                                            const DocumentText& text,
+                                            const std::shared_ptr<const Query>& query,
+                                            const ScopingCandidateBuilder& candidateBuilder,
+                                            RegularExpressionPass* pass) {
   std::vector<ScopingCandidate> candidates;
-  for (const QueryMatches::Element& match : QueryMatches(
-           query, layer.root(), range.value_or(TextRange(0, text.count())), text, {}, pass)) {
+  for (const QueryMatches::Element& match : QueryMatches(query, node, range, text, {}, pass)) {
     auto candidate = scopingCandidateFor(match, text, false);
     if (!candidate)
       continue;
@@ -235,6 +235,16 @@ std::vector<ScopingRegion> scopingRegions(const Parse::Layer& layer,
     candidates.push_back(*std::move(candidate));
   }
   return scopingRegionsFor(text, std::move(candidates));
+}
+
+std::vector<ScopingRegion> scopingRegions(const Parse::Layer& layer,
+                                          const std::shared_ptr<const Query>& query,
+                                          std::optional<TextRange> range,
+                                          const ScopingCandidateBuilder& candidateBuilder,
+                                          RegularExpressionPass* pass) {
+  const DocumentText& text = layer.parse().text();
+  return scopingRegionsIn(layer.root(), range.value_or(TextRange(0, text.count())), text, query,
+                          candidateBuilder, pass);
 }
 
 } // namespace velmar

@@ -64,8 +64,15 @@ scopingRegionFor(const DocumentText& text, TextRange range, ScopingOptions optio
 using ScopingCandidateBuilder =
     std::function<void(ScopingCandidate& candidate, const QueryMatches::Element& match)>;
 
-/// The regions that `query` declares in `range` of the layer, or in all of it. `pass` is what
+/// The regions that `query` declares with nodes from `node` down, in `range`. `pass` is what
 /// regular expressions are charged to, if given.
+[[nodiscard]] std::vector<ScopingRegion>
+scopingRegionsIn(std::optional<ParseNode> node, TextRange range, const DocumentText& text,
+                 const std::shared_ptr<const Query>& query,
+                 const ScopingCandidateBuilder& candidateBuilder = nullptr,
+                 RegularExpressionPass* pass = nullptr);
+
+/// The regions that `query` declares in `range` of the layer, or in all of it.
 [[nodiscard]] std::vector<ScopingRegion>
 scopingRegions(const Parse::Layer& layer, const std::shared_ptr<const Query>& query,
                std::optional<TextRange> range = std::nullopt,

@@ -3,6 +3,7 @@
 #include "VelmarCore/Text/TextTrimming.h"
 #include "VelmarParser/Structure/CancellableSort.h"
 #include "VelmarParser/Structure/CommentReader.h"
+#include "VelmarParser/Structure/DisposedVector.h"
 #include "VelmarParser/Structure/ScopingRegions.h"
 #include "VelmarParser/Structure/StructureKeys.h"
 #include "VelmarParser/Structure/SymbolReader.h"
@@ -19,8 +20,8 @@ namespace {
 using StructureQueries = std::shared_ptr<const QuerySet<ParseStructureKey>>;
 
 struct Candidates {
-  std::vector<ScopingCandidate> folds;
-  std::vector<ScopingCandidate> symbols;
+  DisposedVector<ScopingCandidate> folds;
+  DisposedVector<ScopingCandidate> symbols;
 };
 
 std::optional<ScopingCandidate> foldCandidateFor(const QueryMatches::Element& match,
@@ -105,9 +106,10 @@ public:
         sublayers.push_back(std::move(structure));
     }
     // The outline of a sublayer stands in its place, so these come last.
-    return {.symbols = symbolsOf(layer, std::move(candidates.symbols), comments.takeBookmarks(),
-                                 sublayers),
-            .folds = foldsOf(layer, std::move(candidates.folds), comments.takeFolds(), sublayers)};
+    return {.symbols = symbolsOf(layer, std::move(candidates.symbols).take(),
+                                 comments.takeBookmarks(), sublayers),
+            .folds = foldsOf(layer, std::move(candidates.folds).take(), comments.takeFolds(),
+                             sublayers)};
   }
 
 private:
@@ -145,8 +147,9 @@ private:
                                          std::vector<ScopingCandidate> candidates,
                                          std::vector<ScopingRegion> comments,
                                          const std::vector<Structure>& sublayers) {
-    auto regions = scopingRegionsFor(layer.parse().text(), std::move(candidates),
-                                     {.enforceMultiline = true, .cancel = &token_});
+    DisposedVector<ScopingRegion> regions(
+        scopingRegionsFor(layer.parse().text(), std::move(candidates),
+                          {.enforceMultiline = true, .cancel = &token_}));
     append(std::move(comments), regions);
     for (const Structure& structure : sublayers) {
       for (const CodeFoldingRegion& fold : structure.folds) {
@@ -158,7 +161,7 @@ private:
     }
     sortInOrder(regions, &ScopingRegion::range, ticks_);
 
-    std::vector<CodeFoldingRegion> folds;
+    DisposedVector<CodeFoldingRegion> folds;
     folds.reserve(regions.size());
     std::vector<TextRange> enclosing;
     for (const ScopingRegion& region : regions) {
@@ -171,16 +174,18 @@ private:
                        .level = std::ssize(enclosing)});
       enclosing.push_back(region.range);
     }
-    return folds;
+    return std::move(folds).take();
   }
 
   std::vector<CodeSymbol> symbolsOf(const Parse::Layer& layer,
                                     std::vector<ScopingCandidate> candidates,
                                     std::vector<CodeSymbol> bookmarks,
                                     std::vector<Structure>& sublayers) {
-    std::vector<CodeSymbol> symbols;
-    for (const ScopingRegion& region :
-         scopingRegionsFor(layer.parse().text(), std::move(candidates), {.cancel = &token_})) {
+    const DisposedVector<ScopingRegion> regions(
+        scopingRegionsFor(layer.parse().text(), std::move(candidates), {.cancel = &token_}));
+    DisposedVector<CodeSymbol> symbols;
+    symbols.reserve(regions.size() + bookmarks.size());
+    for (const ScopingRegion& region : regions) {
       ticks_.step();
       if (auto symbol = symbolOf(region, layer.configuration().id()))
         symbols.push_back(*std::move(symbol));
@@ -189,7 +194,7 @@ private:
     for (Structure& structure : sublayers)
       append(std::move(structure.symbols), symbols);
     sortInOrder(symbols, &CodeSymbol::range, ticks_);
-    return symbols;
+    return std::move(symbols).take();
   }
 
   const CancellationToken& token_;

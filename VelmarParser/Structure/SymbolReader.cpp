@@ -130,8 +130,10 @@ void SymbolReader::readAutoclose(const QueryMatches::Element& match,
 
 std::vector<CodeSymbol::Argument>
 SymbolReader::argumentsIn(ParseNode node, const std::shared_ptr<const Query>& query) const {
-  const auto regions = scopingRegions(
-      layer_, query, node.utf16Range(),
+  // From the root it would take as long as there are nodes in front of this one. A pattern may name
+  // what the arguments belong to, which is one step up.
+  const auto regions = scopingRegionsIn(
+      node.parent().value_or(node), node.utf16Range(), context_.text, query,
       [&](ScopingCandidate& candidate, const QueryMatches::Element& match) {
         auto values = captureValues<SymbolArgumentCapture>(match.base, context_, std::nullopt,
                                                            CaptureTrimming::trim);
