@@ -1,0 +1,83 @@
+// What an open document takes beside its syntax tree: its text, its lines and its lexical spans.
+
+#include "VelmarParser/Document/Parse.h"
+#include "VelmarPlatform/Files/FileContents.h"
+#include "VelmarPlatform/Unicode/UTF.h"
+#include "tests/packs/PackLanguages.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <malloc.h>
+#include <vector>
+
+namespace velmar::testing {
+namespace {
+
+#if defined(__has_feature)
+#define VELMAR_HAS_SANITIZER (__has_feature(address_sanitizer) || __has_feature(thread_sanitizer))
+#else
+#define VELMAR_HAS_SANITIZER 0
+#endif
+
+std::size_t allocatedBytes() {
+  const auto usage = mallinfo2();
+  return usage.uordblks + usage.hblkhd;
+}
+
+/// The files of the text library that have no other language inside, in order, in one text.
+std::u16string typicalSource() {
+  std::vector<std::string> paths;
+  for (const auto& entry :
+       std::filesystem::recursive_directory_iterator(VELMAR_SOURCE_DIR "/VelmarCore/Text"))
+    paths.push_back(entry.path().string());
+  std::ranges::sort(paths);
+  std::u16string text;
+  for (const std::string& path : paths) {
+    const std::u16string file = utf16RepairingUTF8(charactersOf(readFile(FilePath(path))));
+    if (file.find(u"R\"") == file.npos && file.find(u"#define") == file.npos)
+      text += file; // what a macro stands for is a layer, too
+  }
+  return text;
+}
+
+/// What the runtime keeps of the text once it is parsed.
+std::size_t bytesOfTree(const std::u16string& text, const Grammar& grammar) {
+  const std::size_t before = allocatedBytes();
+  TSParser* const parser = ts_parser_new();
+  ts_parser_set_language(parser, grammar.base());
+  TSTree* const tree = ts_parser_parse_string_encoding(
+      parser, nullptr, reinterpret_cast<const char*>(text.data()),
+      static_cast<std::uint32_t>(text.size() * sizeof(char16_t)), TSInputEncodingUTF16LE);
+  ts_parser_delete(parser);
+  const std::size_t bytes = allocatedBytes() - before;
+  ts_tree_delete(tree);
+  return bytes;
+}
+
+TEST(DocumentMemory, ALayerTakesFewBytesForEachUnitBesideItsTree) {
+  if (VELMAR_HAS_SANITIZER)
+    GTEST_SKIP() << "Sanitizers bring an allocator of their own.";
+  const std::u16string text = typicalSource();
+  ASSERT_GT(text.size(), 100'000U);
+  const ParseConfiguration configuration = PackLanguages::shared().configuration("cpp");
+  Parse(configuration).replaceSubrange({0, 0}, text); // compiles the queries
+  const std::size_t tree = bytesOfTree(text, *configuration.grammar());
+
+  const std::size_t before = allocatedBytes();
+  Parse document(configuration);
+  document.replaceSubrange({0, 0}, text);
+  const std::size_t taken = allocatedBytes() - before;
+  ASSERT_EQ(document.layers().size(), 1U);
+  ASSERT_GT(document.rootLayer().lexicalSpans().runs().size(), 1'000U);
+  const double perUnit =
+      (static_cast<double>(taken) - static_cast<double>(tree)) / static_cast<double>(text.size());
+  RecordProperty("bytesPerUnit", std::to_string(perUnit));
+  std::cout << perUnit << " bytes for each unit, and "
+            << static_cast<double>(tree) / static_cast<double>(text.size()) << " of the tree\n";
+  EXPECT_LE(perUnit, 5.5);
+}
+
+} // namespace
+} // namespace velmar::testing
