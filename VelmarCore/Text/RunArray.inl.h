@@ -187,9 +187,10 @@ template <class OtherComparator>
 void RunArray<T, Comparator>::replaceSubrangeWithContentsOf(
     TextRange range, const RunArray<T, OtherComparator>& other,
     std::optional<TextRange> arraySubrange) {
-  splice(range,
-         pairsOf(arraySubrange ? other.runsIn(*arraySubrange) : other.runs(), std::identity()),
-         arraySubrange ? arraySubrange->length() : other.count());
+  const std::int64_t length = arraySubrange ? arraySubrange->length() : other.count();
+  Pairs pairs =
+      pairsOf(arraySubrange ? other.runsIn(*arraySubrange) : other.runs(), std::identity());
+  splice(range, std::move(pairs), length);
 }
 
 template <class T, RunComparator Comparator>
@@ -212,7 +213,9 @@ template <class T, RunComparator Comparator>
   requires std::same_as<typename Comparator::Compared, T>
 template <class Function>
 void RunArray<T, Comparator>::transformSubrange(TextRange range, Function function) {
-  splice(range, pairsOf(runsIn(range), std::move(function)), range.length());
+  // The runs share the storage: they have to be gone when it is written, or it is copied.
+  Pairs pairs = pairsOf(runsIn(range), std::move(function));
+  splice(range, std::move(pairs), range.length());
 }
 
 template <class T, RunComparator Comparator>

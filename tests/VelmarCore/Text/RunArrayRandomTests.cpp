@@ -83,10 +83,23 @@ void playRandomSteps(const Comparator& comparator, MakeValue makeValue, unsigned
         break;
       }
       case 4: {
-        const Array other = someArray();
-        array.replaceSubrangeWithContentsOf({lower, upper}, other);
-        for (const auto& run : other.runs())
-          pairs.emplace_back(run.value, run.range.length());
+        // Another array, the array itself, or a part of it.
+        const bool isOther = below(2) == 0 || array.isEmpty() || array.count() > 30;
+        const Array other = isOther ? someArray() : array;
+        std::optional<TextRange> part;
+        if (!other.isEmpty() && below(2) == 0) {
+          const std::int64_t start = below(other.count());
+          part = TextRange(start, start + below(other.count() - start + 1));
+        }
+        array.replaceSubrangeWithContentsOf({lower, upper}, isOther ? other : array, part);
+        for (const auto& run : part ? other.runsIn(*part) : other.runs()) {
+          if (run.range.isEmpty())
+            continue;
+          if (!pairs.empty() && comparator.canMerge(pairs.back().first, run.value))
+            pairs.back().second += run.range.length();
+          else
+            pairs.emplace_back(run.value, run.range.length());
+        }
         break;
       }
       case 5: {

@@ -197,6 +197,35 @@ TEST(RunArray, AFailingTransformLeavesTheArrayAsItWas) {
   EXPECT_EQ(shapeOf(array), "a2 b2 c2");
 }
 
+/// Says how often it has been copied.
+struct Counted {
+  int value = 0;
+  static inline int copies = 0;
+  explicit Counted(int number) : value(number) {}
+  Counted(const Counted& other) : value(other.value) { ++copies; }
+  Counted(Counted&&) noexcept = default;
+  Counted& operator=(const Counted& other) {
+    value = other.value;
+    ++copies;
+    return *this;
+  }
+  Counted& operator=(Counted&&) noexcept = default;
+  bool operator==(const Counted&) const = default;
+};
+
+TEST(RunArray, ChangingAPartCopiesNoValuesElsewhere) {
+  RunArray<Counted> array;
+  for (int value = 0; value < 1'000; ++value)
+    array.append(Counted(value), 2);
+  const RunArray<Counted> other(Counted(-1), 3);
+  Counted::copies = 0;
+  array.transformSubrange({700, 702}, [](const Counted& old) { return Counted(-old.value); });
+  array.replaceSubrangeWithContentsOf({300, 301}, other);
+  array.removeSubrange({10, 20});
+  EXPECT_LT(Counted::copies, 10);
+  EXPECT_EQ(array.runs().size(), 996U);
+}
+
 TEST(RunArray, IsMadeFromTheTransformedContentsOfAnother) {
   const Letters source = arrayOf("a2 A2 b2 c2");
   const auto lower = [](char value) { return static_cast<char>(value | 0x20); };
