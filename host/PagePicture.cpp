@@ -85,6 +85,9 @@ void PagePicture::writeHead(std::string_view summary) {
   output_.write(styleSheet);
   output_.write(inkRules(theme_));
   output_.write(fmt::format("pre {{ counter-reset: line {}; }}\n", options_.firstLine - 1));
+  // The sheet's gutter holds numbers of four digits with a blank in front.
+  if (const auto digits = std::to_string(parse().text().lineCount()).size(); digits > 4)
+    output_.write(fmt::format(".n {{ width: {}ch; }}\n", digits + 1));
   output_.write(fmt::format("</style>\n</head>\n<body{}>\n<header>\n<h1>{}</h1>\n<p>{}</p>\n",
                             options_.showsLayers ? " class=\"shown\"" : "", title,
                             escapedHTML(summary)));

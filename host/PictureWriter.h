@@ -24,6 +24,7 @@ public:
   void write(TextRange range);
 
 protected:
+  [[nodiscard]] const Parse& parse() const noexcept { return parse_; }
   [[nodiscard]] const Painter& painter() const noexcept { return painter_; }
 
   /// Text of one run that lies in one line.

@@ -10,6 +10,8 @@
 ((namespace_identifier) @type.class
   (#match? @type.class "^[A-Z]")
   (#set! "priority" "5"))
+((using_declaration (qualified_identifier name: (identifier) @type))
+  (#match? @type "^[A-Z]"))
 (auto) @type.builtin
 (this) @variable.builtin
 (literal_suffix) @function.literal

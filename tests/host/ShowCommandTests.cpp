@@ -98,6 +98,16 @@ TEST(ShowCommand, NamesInAPageAreEscaped) {
   EXPECT_THAT(page.output, Not(HasSubstr("<b>")));
 }
 
+TEST(ShowCommand, ThePagesGutterHasRoomForTheLargestNumber) {
+  const auto page = [&](std::size_t lines) {
+    return runHost({"show", "-", "--language", "json", "--html", "--range", "1-2"},
+                   reading(std::string(lines - 1, '\n')))
+        .output;
+  };
+  EXPECT_THAT(page(9'999), Not(HasSubstr("ch; }\n</style>")));
+  EXPECT_THAT(page(100'000), HasSubstr(".n { width: 7ch; }\n</style>"));
+}
+
 TEST(ShowCommand, JSONIsValidForAnyText) {
   for (const char* text : {"", "\"\xED\xA0\x80", "[\x01]", "{\"é\": \"\\u0000\"}", "日\t\r"}) {
     const auto result = runHost({"show", "-", "--language", "json", "--json"}, reading(text));
