@@ -1,5 +1,7 @@
 #include "VelmarParser/Grammar/ParseInput.h"
 
+#include "VelmarPlatform/Unicode/UTF.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -23,11 +25,16 @@ const char* ParseInput::read(void* payload, std::uint32_t, TSPoint point,
     return nullptr;
   const std::u16string_view units = line.substr(offset, largestRead);
   *bytesRead = static_cast<std::uint32_t>(units.size() * sizeof(char16_t));
-  // Only the last unit of a line can be a CR that isn't followed by the line's LF.
-  if (units.back() != u'\r' || offset + units.size() != line.size())
+  // Only the last unit of a line can be a CR that isn't followed by the line's LF, or a lead
+  // surrogate behind which nothing of the text lies.
+  const char16_t last = units.back();
+  if ((last != u'\r' && !isLeadSurrogate(last)) || offset + units.size() != line.size())
     return reinterpret_cast<const char*>(units.data());
-  std::copy(units.begin(), units.end() - 1, self.buffer_.begin());
-  self.buffer_[units.size() - 1] = u'\n';
+  std::ranges::copy(units, self.buffer_.begin());
+  if (last == u'\r')
+    self.buffer_[units.size() - 1] = u'\n';
+  // For the other half of a character the runtime looks one unit beyond what it was given.
+  self.buffer_[units.size()] = u'\0';
   return reinterpret_cast<const char*>(self.buffer_.data());
 }
 

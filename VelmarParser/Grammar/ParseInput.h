@@ -15,7 +15,7 @@ namespace velmar {
 ///
 /// A read gives at most 1,024 code units of one line and points straight into it: nothing is copied
 /// or allocated. Only where a line ends in a lone CR is its end copied, to show the parser an LF,
-/// the one terminator that its rows count.
+/// the one terminator that its rows count; and where the text ends in half a character.
 class ParseInput {
 public:
   static constexpr std::int64_t largestRead = 1024;
@@ -34,7 +34,7 @@ private:
 
   const DocumentText* text_;
   const AtomicFlag* isCancelled_;
-  std::array<char16_t, largestRead> buffer_;
+  std::array<char16_t, largestRead + 1> buffer_;
 };
 
 } // namespace velmar

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 namespace velmar {
 namespace {
 
@@ -109,6 +111,21 @@ TEST(ParseInput, ALoneCRReadsAsLF) {
   EXPECT_EQ(readAt(input, {0, 0}).units, u"a\n");
   EXPECT_EQ(readAt(input, {0, 1 * 2}).units, u"\n");
   EXPECT_EQ(text.substringFor({0, 3}), u"a\rb");
+}
+
+TEST(ParseInput, HalfACharacterAtTheEndOfTheTextIsNotMadeWholeByWhatStoodBehindIt) {
+  DocumentText text;
+  text.replaceSubrange({0, 0}, u"'\U0001F600");
+  text.replaceSubrange({2, 3}, u""); // the line's memory still holds the other half
+  ParseInput input(text);
+  const TSInput runtime = input.input();
+  std::uint32_t count = 0;
+  const char* const bytes = runtime.read(runtime.payload, 0, {0, 0}, &count);
+  ASSERT_EQ(count, 4U);
+  char16_t units[3];
+  std::memcpy(units, bytes, sizeof units); // as the runtime does: one unit more
+  EXPECT_EQ(units[1], u'\xD83D');
+  EXPECT_EQ(units[2], u'\0');
 }
 
 TEST(ParseInput, ThereIsNothingAtOrBehindTheEndOfALine) {
