@@ -10,6 +10,7 @@
 ((namespace_identifier) @type.class
   (#match? @type.class "^[A-Z]")
   (#set! "priority" "5"))
+(using_declaration "namespace" (identifier) @namespace)
 ((using_declaration (qualified_identifier name: (identifier) @type))
   (#match? @type "^[A-Z]"))
 (auto) @type.builtin
