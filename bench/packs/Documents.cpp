@@ -3,6 +3,7 @@
 #include "VelmarPlatform/Unicode/UTF.h"
 #include "host/Languages.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <stdexcept>
@@ -42,6 +43,97 @@ export class Item# extends Base implements Summed<number> {
 
 )";
 constexpr std::int64_t typeScriptPieceLines = 17;
+
+constexpr std::array<std::string_view, 3> javaScriptPieces = {
+    R"(/** Shows item #. @param {string} name */
+export async function show#(name, { count = #, ...rest } = {}) {
+  const found = items.filter((item) => /^item-\d+$/gi.test(item.id) && item.count > count);
+  if (!found.length || rest.hidden === true) throw new RangeError(`No ${name} in ${count}`);
+  return found.map(({ id }) => ({ id, label: "item #" })); // to be shown
+}
+)",
+    R"(class Shelf# extends Base {
+  static count = #;
+  items = new Map([["first", #], ["second", null]]);
+  get size() { return this.items.size ?? #; }
+  *[Symbol.iterator]() { for (const [key, value] of this.items) yield key + value; }
+}
+)",
+    R"(var table# = {
+  title: 'Table #', rows: [1, 2.5e3, 0xff, ...more], "last-row": undefined,
+  sum: function (a, b) { try { return a + b * # } catch (error) { console.warn(error) } finally { done() } },
+};
+switch (table#.rows.length) { case 0: break; default: draw(table#, document.title); }
+)"};
+
+constexpr std::array<std::string_view, 3> cPlusPlusPieces = {
+    R"(using item# = shop::item<#>;
+namespace shop# {
+/// Adds up all that is worth more than `least`.
+template <class Item, std::size_t count = #>
+[[nodiscard]] constexpr auto sum#(const std::array<Item, count>& items, int least = 0x#) -> long {
+  long total = 0; // of all
+  for (const auto& item : items)
+    total += item.value > least ? static_cast<long>(item.value) * #L : 'x';
+  return total;
+}
+} // namespace shop#
+)",
+    R"(class Shelf# final : public Base {
+public:
+  explicit Shelf#(std::string name) noexcept : name_(std::move(name)) {}
+  bool isFull() const override { return items_.size() >= # && !name_.empty(); }
+  void add(Item&& item) { items_.push_back(std::forward<Item>(item)); /* kept */ }
+
+private:
+  std::string name_ = "shelf #\n";
+  std::vector<Item> items_;
+};
+)",
+    R"(static int draw#(struct table* table, const char* title) {
+  if (!table || table->rows[#] == NULL)
+    return -1;
+  while (table->count-- > 0 && printf("%s %d\n", title, table->count) > 0) {
+    switch (table->kind) {
+    case #: goto done;
+    default: table->sum += (table->count << 2) | 0x1fu;
+    }
+  }
+done:
+  return table->sum;
+}
+)"};
+
+constexpr std::array<std::string_view, 2> pythonPieces = {
+    R"(@dataclass(frozen=True)
+class Item#(Base):
+    """What stands on a shelf: item #."""
+    name: str = "item #"
+    value: float = #.5
+
+    @property
+    def words(self) -> list[str]:
+        return [word.strip() for word in re.split(r"[\s,]+", self.name) if len(word) > #]
+
+    async def sum(self, items, *, limit=None, **rest):
+        total = 0  # of all
+        async for key, item in items:
+            if item.value > (limit or #) and key != f"item {item.name!r}":
+                total += item.value * #
+        return total
+
+)",
+    R"(def show_#(table, title='Table #', *rows):
+    try:
+        with open(title, "rb") as file:
+            table[#] = {key: value for key, value in zip(rows, file)}
+    except (OSError, ValueError) as error:
+        print("no %s: %d" % (title, #), error, file=sys.stderr)
+        raise
+    else:
+        return lambda row: row if row is not None else [None, True, -#]
+
+)"};
 
 constexpr std::array<std::string_view, 5> fences = {
     "```js\nconst item# = items.filter((item) => item.size > #);\nshow(`item ${item#}`); // and "
@@ -92,6 +184,29 @@ private:
 )";
 constexpr std::int64_t cppPieceLines = 19;
 
+constexpr std::string_view sentence =
+    "Some *words* about `item#`, with a [link](#item-#) and **weight** # of them.\n";
+
+/// The pieces in turn, each with a number of its own, until `isEnough(text)`.
+template <class Pieces, class Enough>
+std::u16string repeated(const Pieces& pieces, Enough isEnough) {
+  std::string text;
+  for (std::size_t index = 0; !isEnough(text); ++index)
+    append(text, pieces[index % pieces.size()], static_cast<std::int64_t>(index % 997));
+  return utf16RepairingUTF8(text);
+}
+
+/// At least `lines`.
+template <class Pieces>
+std::u16string repeatedLines(const Pieces& pieces, std::int64_t lines) {
+  std::size_t looked = 0;
+  return repeated(pieces, [&](const std::string& text) {
+    lines -= std::count(text.begin() + static_cast<std::ptrdiff_t>(looked), text.end(), '\n');
+    looked = text.size();
+    return lines <= 0;
+  });
+}
+
 } // namespace
 
 std::u16string openQuote(std::int64_t lines) {
@@ -112,6 +227,19 @@ std::u16string oneLine(std::int64_t units) {
   return utf16RepairingUTF8(text + "0]");
 }
 
+std::u16string javaScript(std::int64_t units) {
+  return repeated(javaScriptPieces,
+                  [&](const std::string& text) { return std::ssize(text) >= units; });
+}
+
+std::u16string cPlusPlus(std::int64_t lines) {
+  return repeatedLines(cPlusPlusPieces, lines);
+}
+
+std::u16string python(std::int64_t lines) {
+  return repeatedLines(pythonPieces, lines);
+}
+
 std::u16string typeScript(std::int64_t lines) {
   std::string text;
   for (std::int64_t line = 0; line < lines; line += typeScriptPieceLines)
@@ -123,6 +251,15 @@ std::u16string markdown(std::int64_t count) {
   std::string text = "---\ntitle: Items\n---\n\n# Items\n\n";
   for (std::int64_t index = 0; index < count; ++index) {
     append(text, paragraph, index);
+    append(text, fences[static_cast<std::size_t>(index) % fences.size()], index);
+  }
+  return utf16RepairingUTF8(text);
+}
+
+std::u16string shortMarkdown(std::int64_t count) {
+  std::string text = "# Items\n\n";
+  for (std::int64_t index = 0; index < count; ++index) {
+    append(text, sentence, index);
     append(text, fences[static_cast<std::size_t>(index) % fences.size()], index);
   }
   return utf16RepairingUTF8(text);
