@@ -1,0 +1,3 @@
+; inherits: _ecmascript, _jsx
+
+(field_definition) @indent.begin
