@@ -164,9 +164,9 @@ constexpr std::string_view section = R"html(<section class="item" id="item-#">
 
 constexpr std::string_view cppPiece = R"(/// Adds up what stands before item #.
 template <class T>
-class Item# : public Base<T> {
+class Total# : public Base<T> {
 public:
-  explicit Item#(std::string name, T value = #) : name_(std::move(name)), value_(value) {}
+  explicit Total#(std::string name, T value = #) : name_(std::move(name)), value_(value) {}
   [[nodiscard]] const std::string& name() const noexcept { return name_; } // as given
   T sum(const std::vector<T>& items) const {
     T total{};

@@ -1,11 +1,11 @@
 (color_value) @subtree
 
 ((call_expression (function_name) @_name) @subtree
-  (#any-of? @_name "rgb" "rgba" "hsl" "hsla" "hwb" "lab" "lch" "oklab" "oklch" "color"))
+  (#eq? @_name "rgb" "rgba" "hsl" "hsla" "hwb" "lab" "lch" "oklab" "oklch" "color"))
 
 ; A colour by name.
 ((plain_value) @subtree
-  (#any-of? @subtree
+  (#eq? @subtree
     "aliceblue" "antiquewhite" "aqua" "aquamarine" "azure" "beige" "bisque" "black" "blanchedalmond" "blue"
     "blueviolet" "brown" "burlywood" "cadetblue" "chartreuse" "chocolate" "coral" "cornflowerblue" "cornsilk"
     "crimson" "cyan" "darkblue" "darkcyan" "darkgoldenrod" "darkgray" "darkgreen" "darkgrey" "darkkhaki" "darkmagenta"

@@ -2,7 +2,7 @@
 ((attribute
   (attribute_name) @_name
   (quoted_attribute_value (attribute_value) @subtree))
-  (#any-of? @_name
+  (#eq? @_name
     "alink" "bgcolor" "color" "fill" "flood-color" "lighting-color" "link" "stop-color" "stroke" "text" "vlink")
   (#not-match? @subtree "^(none|inherit|url\\(.*)$"))
 ((attribute

@@ -15,4 +15,4 @@
 (comment) @indent.auto
 ; Its blanks are shown.
 ((element (start_tag (tag_name) @_name) (text) @indent.auto)
-  (#any-of? @_name "pre" "textarea"))
+  (#eq? @_name "pre" "textarea"))

@@ -5,4 +5,4 @@
 ((attribute
   (attribute_name) @_name
   (quoted_attribute_value (attribute_value) @subtree))
-  (#any-of? @_name "abbr" "alt" "aria-description" "aria-label" "label" "placeholder" "summary" "title"))
+  (#eq? @_name "abbr" "alt" "aria-description" "aria-label" "label" "placeholder" "summary" "title"))
