@@ -2,6 +2,7 @@
 
 #include "VelmarParser/Grammar/Grammar.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "host/CursorCommands.h"
 #include "host/EnvCommand.h"
 #include "host/ExecCommand.h"
 #include "host/ExplainCommand.h"
@@ -143,8 +144,10 @@ ExitCode reportingFailures(Streams& streams, Body&& body) {
 
 std::span<const Command> commands() {
   static const Command all[] = {
-      showCommand(),   explainCommand(),   treeCommand(), outlineCommand(), foldsCommand(),
-      replayCommand(), languagesCommand(), envCommand(),  whichCommand(),   execCommand()};
+      showCommand(),     explainCommand(),  treeCommand(),   outlineCommand(),   foldsCommand(),
+      tagsCommand(),     bracketsCommand(), wordsCommand(),  colorsCommand(),    proseCommand(),
+      completeCommand(), indentCommand(),   replayCommand(), languagesCommand(), envCommand(),
+      whichCommand(),    execCommand()};
   return all;
 }
 
