@@ -64,7 +64,7 @@ INSTANTIATE_TEST_SUITE_P(
                    {"colors", "-"},
                    "css",
                    "a { color: #fff; background: rgb(1, 2, 3) url(x); border: solid red }",
-                   "1:12-1:16  #fff\n1:30-1:42  rgb(1, 2, 3)\n1:64-1:67  red\n"},
+                   "1:12-1:16  #fff\n1:30-1:42  rgb(1, 2, 3)\n1:65-1:68  red\n"},
         OutputCase{"ProseOfCode",
                    {"prose", "-"},
                    "c",
