@@ -23,6 +23,16 @@ struct RegionPart {
   std::vector<Found> found;
 };
 
+/// Whether so much of a text of `count` units is dirty that asking the old tree and the new one
+/// about it costs more than asking the new one about everything: a quote can change all that
+/// follows.
+[[nodiscard]] inline bool isMostlyDirty(const LayerChange& change, std::int64_t count) {
+  std::int64_t dirty = 0;
+  for (const TextRange& range : change.dirty.ranges())
+    dirty += range.length();
+  return dirty > count / 3;
+}
+
 /// Where `query` may find other things than before, to begin with.
 ///
 /// A match of the old tree may have lost its predicates' favour, and nobody can ask these again:

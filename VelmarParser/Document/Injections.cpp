@@ -90,7 +90,8 @@ TextRangeSet Parse::parseInjections(const LayerPtr& layer, const LayerEdit& edit
     layer->settled.emplace();
     return {};
   }
-  if (change.old && layer->settled && !lines_.isEmpty() && !query->asksForSurroundings()) {
+  if (change.old && layer->settled && !detail::isMostlyDirty(change, lines_.count()) &&
+      !query->asksForSurroundings()) {
     const auto parts = changedInjections(*layer, edit, change, query);
     if (parts)
       return parseInjectionsIn(*parts, layer, edit);

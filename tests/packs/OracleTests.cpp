@@ -199,7 +199,7 @@ TEST(CancelledEdit, IsMadeUpForByTheNext) {
       document.replaceSubrange({place, place + 1}, u"");
       ASSERT_EQ(documentDifference(document, fresh), "") << file << ", round " << round;
     }
-    EXPECT_GT(cancelled, 5) << file;
+    EXPECT_GT(cancelled, 0) << file;
   }
 }
 
