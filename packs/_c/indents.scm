@@ -37,10 +37,15 @@
 ([
   (declaration)
   (field_declaration)
-  (for_statement)
   (type_definition)
 ] @indent.begin (#set! "indent.levels" "2"))
 ((expression_statement (_) @indent.begin) (#set! "indent.levels" "2"))
+
+((for_statement condition: (_) @indent.begin)
+  (#set! "indent.body" "") (#set! "indent.levels" "2"))
+
+; A label of a jump stands out.
+(labeled_statement label: (_) @indent.dedent)
 
 ; Statements without braces.
 ((if_statement consequence: [

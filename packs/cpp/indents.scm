@@ -22,9 +22,14 @@
 ([
   (alias_declaration)
   (concept_definition)
-  (for_range_loop)
   (static_assert_declaration)
 ] @indent.begin (#set! "indent.levels" "2"))
+((for_range_loop right: (_) @indent.begin)
+  (#set! "indent.body" "") (#set! "indent.levels" "2"))
+((requires_clause) @indent.begin (#set! "indent.body" "") (#set! "indent.levels" "1"))
+; The body of a lambda is as deep as what it is the value of.
+(declaration declarator: (init_declarator value: (lambda_expression))) @indent.ignore
+(return_statement (lambda_expression)) @indent.ignore
 (requirement_seq) @indent.begin
 (requirement_seq "}" @indent.branch)
 
@@ -53,3 +58,6 @@
 ] @indent.begin) (#set! "indent.body" "") (#set! "indent.levels" "1"))
 
 (raw_string_literal) @indent.auto
+
+; The brace of a namespace whose end is missing.
+(ERROR "namespace" . [(namespace_identifier) (nested_namespace_specifier)]? . "{" @indent.ignore)

@@ -12,6 +12,10 @@
 (start_tag ">" @indent.branch)
 (self_closing_tag "/>" @indent.branch)
 
+; The head and the body stand where the page begins.
+((element (start_tag (tag_name) @_name)) @indent.ignore
+  (#match? @_name "^[hH][tT][mM][lL]$"))
+
 (comment) @indent.auto
 ; Its blanks are shown.
 ((element (start_tag (tag_name) @_name) (text) @indent.auto)
