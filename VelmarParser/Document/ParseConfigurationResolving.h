@@ -24,6 +24,9 @@ public:
   /// The configuration of a language that an injection names, in whatever words the document or the
   /// query uses. `configuration` is that of the layer that asks. Absent for an unknown language:
   /// the injection is dropped.
+  ///
+  /// The answer for a name must stay the same while documents are open: a place is asked about
+  /// again only when something around it changes, or after a failure.
   [[nodiscard]] virtual std::optional<ParseConfiguration>
   configurationMatching(std::string_view languageName, const ParseConfiguration& configuration) = 0;
 
