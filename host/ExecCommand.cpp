@@ -9,6 +9,7 @@
 #include "host/OperationView.h"
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <exception>
 #include <memory>
@@ -102,19 +103,26 @@ int exitCodeOf(const Operation<void>& operation, int signal) {
   }
 }
 
+/// Runs the main executor for a period, or until the operation has ended: true. A program that
+/// never stops writing always leaves something to run, so the time is looked at between two jobs.
+bool runForPeriod(const ObservableOperation& operation) {
+  const auto next = std::chrono::steady_clock::now() + period;
+  const auto isEnough = [&] {
+    return operation.isFinished() || std::chrono::steady_clock::now() >= next;
+  };
+  return mainExecutor().runUntil(isEnough, period) && operation.isFinished();
+}
+
 /// Shows the operation until it has ended. If nobody looks any more, it is cancelled.
 void show(const std::shared_ptr<Operation<void>>& operation, Streams& streams) {
-  OperationView view(operation, streams);
-  const auto runOn = [&] {
-    return mainExecutor().runUntil([&] { return operation->isFinished(); }, period);
-  };
   try {
-    while (!runOn())
+    OperationView view(operation, streams);
+    while (!runForPeriod(*operation))
       view.deliver();
     view.finish();
   } catch (...) { // writing failed, whatever way: it goes on when nothing is left behind
     operation->cancel();
-    while (!runOn()) {
+    while (!runForPeriod(*operation)) {
     }
     throw;
   }
