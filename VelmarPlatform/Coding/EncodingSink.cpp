@@ -1,0 +1,15 @@
+#include "VelmarPlatform/Coding/EncodingSink.h"
+
+#include "VelmarPlatform/Coding/Base64.h"
+
+namespace velmar {
+
+void EncodingSink::date(Date value) {
+  text(formatISO8601(value));
+}
+
+void EncodingSink::data(std::span<const std::byte> value) {
+  text(encodeBase64(value));
+}
+
+} // namespace velmar
