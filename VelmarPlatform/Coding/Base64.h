@@ -1,5 +1,5 @@
-// Bytes as text of the letters A to Z, a to z, 0 to 9, "+" and "/", four for each three bytes, filled
-// up with "=".
+// Bytes as text of the letters A to Z, a to z, 0 to 9, "+" and "/", four for each three bytes,
+// filled up with "=".
 #pragma once
 
 #include "VelmarPlatform/Basics/Bytes.h"

@@ -17,11 +17,10 @@ bool isPlainWord(std::string_view key) {
 } // namespace
 
 std::string CodingKey::stringValue() const {
-  return std::visit(
-      Overloaded{[](const std::string& key) { return key; },
-                 [](Number number) { return std::to_string(number.value); },
-                 [](Index index) { return "Index " + std::to_string(index.value); }},
-      step_);
+  return std::visit(Overloaded{[](const std::string& key) { return key; },
+                               [](Number number) { return std::to_string(number.value); },
+                               [](Index index) { return "Index " + std::to_string(index.value); }},
+                    step_);
 }
 
 std::optional<std::int64_t> CodingKey::intValue() const {

@@ -50,8 +50,9 @@ using CodingPath = std::vector<CodingKey>;
 /// put in quotes.
 [[nodiscard]] std::string describe(const CodingPath& path);
 
-/// Where a decoder or an encoder stands, as a chain up to the root that costs nothing until somebody
-/// asks. The links live on the stack of those who walk down: one never outlives its parent.
+/// Where a decoder or an encoder stands, as a chain up to the root that costs nothing until
+/// somebody asks. The links live on the stack of those who walk down: one never outlives its
+/// parent.
 class CodingPathNode {
 public:
   /// The root.

@@ -30,11 +30,13 @@ std::string_view describe(ValueKind kind) {
 }
 
 Date DecodingSource::date(CodedValue /*value*/) const {
-  preconditionFailure("This form has no dates of its own.");
+  precondition(false, "This form has no dates of its own.");
+  return {};
 }
 
 std::span<const std::byte> DecodingSource::data(CodedValue /*value*/) const {
-  preconditionFailure("This form has no bytes of its own.");
+  precondition(false, "This form has no bytes of its own.");
+  return {};
 }
 
 bool DecodingSource::readIntegers(CodedValue array, std::vector<std::int64_t>& integers) const {

@@ -1,6 +1,6 @@
-// What a form of text or bytes must offer so that records can be decoded from it: a document that is
-// already parsed, seen as a tree of values. JSON, TOML and property lists each have one; everything
-// above it (Decoder, Coder, FieldRow) is the same for all.
+// What a form of text or bytes must offer so that records can be decoded from it: a document that
+// is already parsed, seen as a tree of values. JSON, TOML and property lists each have one;
+// everything above it (Decoder, Coder, FieldRow) is the same for all.
 #pragma once
 
 #include "VelmarPlatform/Basics/Bytes.h"
@@ -72,11 +72,11 @@ public:
   virtual bool nextElement(CodedChildren& walk, CodedValue& element) const = 0;
   /// The next member of a table, with a key that lives as long as the source. Repeated keys come as
   /// often as they stand there.
-  virtual bool nextMember(CodedChildren& walk, std::string_view& key,
-                          CodedValue& member) const = 0;
+  virtual bool nextMember(CodedChildren& walk, std::string_view& key, CodedValue& member) const = 0;
 
   /// Appends the elements of an array of integers to `integers` as long as they are of the kind
-  /// integer, and says whether all were. For long arrays, which this spares a call for each element.
+  /// integer, and says whether all were. For long arrays, which this spares a call for each
+  /// element.
   [[nodiscard]] virtual bool readIntegers(CodedValue array,
                                           std::vector<std::int64_t>& integers) const;
 

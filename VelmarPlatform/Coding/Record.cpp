@@ -1,0 +1,104 @@
+#include "VelmarPlatform/Coding/Record.h"
+
+#include <bitset>
+
+namespace velmar {
+namespace {
+
+using Seen = std::bitset<128>;
+
+bool hasKey(const FieldRow& row) {
+  return row.presence <= Presence::writtenAsNull;
+}
+
+/// The row of `key`, looked for from `expected` on, since documents mostly keep the order of the
+/// rows; the number of rows if there is none.
+std::size_t find(std::span<const FieldRow> rows, std::string_view key, std::size_t expected) {
+  for (std::size_t at = expected; at < rows.size(); ++at)
+    if (rows[at].key == key && hasKey(rows[at]))
+      return at;
+  for (std::size_t at = 0; at < expected; ++at)
+    if (rows[at].key == key && hasKey(rows[at]))
+      return at;
+  return rows.size();
+}
+
+bool decodeMember(Decoder from, void* record, const FieldRow& row, bool isRepeated) {
+  void* member = row.locate(record);
+  if (row.presence == Presence::orDefault && from.isNil())
+    return true;
+  if (isRepeated)
+    row.coding->reset(member);
+  return row.coding->decode(from, member);
+}
+
+/// What has no key of its own, and what is missing.
+bool decodeTheRest(Decoder from, void* record, std::span<const FieldRow> rows, const Seen& seen) {
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (rows[i].presence == Presence::flattened) {
+      if (!rows[i].coding->decode(from, rows[i].locate(record)))
+        return false;
+    } else if (rows[i].presence == Presence::required && !seen.test(i)) {
+      return from.failForMissingKey(rows[i].key);
+    }
+  }
+  return true;
+}
+
+void encodeMembers(const void* record, std::span<const FieldRow> rows, TableEncoder& table) {
+  for (const FieldRow& row : rows) {
+    // The rows only look: a record that is written stays as it is.
+    const void* member = row.locate(const_cast<void*>(record));
+    if (row.presence == Presence::uncoded ||
+        (row.presence == Presence::optional && row.coding->isAbsent(member)))
+      continue;
+    if (row.presence == Presence::flattened)
+      encodeMembers(member, row.coding->rows(), table);
+    else
+      table.at(row.key, [&](Encoder& into) { row.coding->encode(member, into); });
+  }
+}
+
+bool isWhole(std::span<const FieldRow> rows) {
+  return rows.size() == 1 && rows.front().presence == Presence::whole;
+}
+
+} // namespace
+
+bool decodeRecord(Decoder from, void* record, std::span<const FieldRow> rows) {
+  if (isWhole(rows))
+    return rows.front().coding->decode(from, rows.front().locate(record));
+  Seen seen;
+  std::size_t expected = 0;
+  const KeyDecodingStrategy& strategy = from.keys();
+  const bool isRead = from.forEachMember([&](std::string_view key, Decoder member) {
+    const std::size_t at = strategy.keepsKeys()
+                               ? find(rows, key, expected)
+                               : find(rows, strategy.convert(key, from.place()), expected);
+    if (at == rows.size())
+      return true;
+    expected = at + 1;
+    const bool isRepeated = seen.test(at);
+    seen.set(at);
+    return decodeMember(member, record, rows[at], isRepeated);
+  });
+  return isRead && decodeTheRest(from, record, rows, seen);
+}
+
+void encodeRecord(const void* record, std::span<const FieldRow> rows, Encoder& into) {
+  if (isWhole(rows)) {
+    rows.front().coding->encode(rows.front().locate(const_cast<void*>(record)), into);
+    return;
+  }
+  into.table([&](TableEncoder& table) { encodeMembers(record, rows, table); });
+}
+
+std::size_t hashRecord(const void* record, std::span<const FieldRow> rows) {
+  std::size_t hash = rows.size();
+  for (const FieldRow& row : rows)
+    if (row.coding->hash != nullptr)
+      hash = hash * 31 + row.coding->hash(row.locate(const_cast<void*>(record)));
+  return hash;
+}
+
+} // namespace velmar
