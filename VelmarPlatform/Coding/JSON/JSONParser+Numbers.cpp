@@ -1,0 +1,159 @@
+#include "VelmarPlatform/Coding/JSON/JSONParser.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <optional>
+#include <system_error>
+
+namespace velmar::detail {
+namespace {
+
+/// Ten to the power of the index: those that a double holds exactly.
+constexpr std::array exactPowersOfTen = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                         1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                         1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr std::uint64_t greatestExactInteger = std::uint64_t{1} << 53;
+
+bool isDigit(char letter) {
+  return letter >= '0' && letter <= '9';
+}
+
+/// A number of decimal digits as `mantissa` times ten to `exponent`.
+struct Decimal {
+  std::uint64_t mantissa = 0;
+  std::int64_t exponent = 0;
+  int digits = 0; ///< Of the mantissa, which has the first 18 that count.
+  bool isExact = true;
+
+  void add(char digit, bool isFraction) {
+    constexpr int mostDigits = 18;
+    if (digits == mostDigits) {
+      isExact = isExact && digit == '0';
+      exponent += isFraction ? 0 : 1;
+      return;
+    }
+    mantissa = mantissa * 10 + static_cast<std::uint64_t>(digit - '0');
+    digits += mantissa != 0 ? 1 : 0;
+    exponent -= isFraction ? 1 : 0;
+  }
+};
+
+/// Both factors are exact, so the result is rounded once: to the nearest double, as it must be.
+std::optional<double> quickDouble(const Decimal& decimal) {
+  constexpr auto mostPower = static_cast<std::int64_t>(exactPowersOfTen.size()) - 1;
+  if (!decimal.isExact || decimal.mantissa > greatestExactInteger || decimal.exponent > mostPower ||
+      decimal.exponent < -mostPower)
+    return std::nullopt;
+  const auto mantissa = static_cast<double>(decimal.mantissa);
+  if (decimal.exponent < 0)
+    return mantissa / exactPowersOfTen[static_cast<std::size_t>(-decimal.exponent)];
+  return mantissa * exactPowersOfTen[static_cast<std::size_t>(decimal.exponent)];
+}
+
+/// The digits of an exponent, kept within what no text can make up for by its length.
+std::int64_t exponentOf(const char* at, const char* end) {
+  constexpr std::int64_t enough = std::int64_t{1} << 40;
+  std::int64_t exponent = 0;
+  for (; at != end; ++at)
+    exponent = std::min(exponent * 10 + (*at - '0'), enough);
+  return exponent;
+}
+
+} // namespace
+
+void JSONParser::readNumber() {
+  constexpr std::ptrdiff_t mostDigits = 18;
+  const char* at = at_;
+  const bool isNegative = *at == '-';
+  at += isNegative ? 1 : 0;
+  const char* const digits = at;
+  std::int64_t value = 0;
+  while (at != end_ && isDigit(*at) && at - digits < mostDigits)
+    value = value * 10 + (*at++ - '0');
+  const char behind = peek(at);
+  if (at == digits)
+    fail(isNegative ? "Expected a digit behind “-”" : "Expected a value", at);
+  if (*digits == '0' && at - digits > 1)
+    fail("Expected no more digits behind a number's leading 0", digits + 1);
+  if (isDigit(behind) || behind == '.' || (behind | 0x20) == 'e')
+    return readLongOrFractional(digits);
+  at_ = at;
+  if (isNegative && value == 0)
+    *next_++ = makeWord(JSONTag::minusZero);
+  else
+    addInteger(isNegative ? -value : value);
+}
+
+/// What isn't a whole number of at most 18 digits. `digits` is behind the sign.
+void JSONParser::readLongOrFractional(const char* digits) {
+  const char* const start = at_;
+  const bool isNegative = digits != start;
+  Decimal decimal;
+  const char* at = digits;
+  for (; isDigit(peek(at)); ++at)
+    decimal.add(*at, false);
+  const bool isWhole = peek(at) != '.' && (peek(at) | 0x20) != 'e';
+  if (peek(at) == '.') {
+    const char* const fraction = ++at;
+    for (; isDigit(peek(at)); ++at)
+      decimal.add(*at, true);
+    if (at == fraction)
+      fail("Expected a digit behind a number's point", at);
+  }
+  if ((peek(at) | 0x20) == 'e') {
+    ++at;
+    const bool isSmall = peek(at) == '-';
+    at += isSmall || peek(at) == '+' ? 1 : 0;
+    const char* const exponent = at;
+    at = skipDigits(at);
+    if (at == exponent)
+      fail("Expected a digit in a number's exponent", at);
+    decimal.exponent += isSmall ? -exponentOf(exponent, at) : exponentOf(exponent, at);
+  }
+  at_ = at;
+
+  if (isWhole) {
+    std::int64_t value = 0;
+    if (std::from_chars(start, at, value).ec == std::errc())
+      return addInteger(value);
+    std::uint64_t large = 0;
+    if (!isNegative && std::from_chars(start, at, large).ec == std::errc())
+      return addWide(JSONTag::unsignedInteger, large);
+  }
+  if (const auto quick = quickDouble(decimal))
+    return addFloating(isNegative ? -*quick : *quick);
+  double value = 0;
+  if (std::from_chars(start, at, value).ec == std::errc::result_out_of_range) {
+    // Told of both ends of the range; below its lower one numbers are zero.
+    if (decimal.exponent + decimal.digits > 0)
+      fail("Expected a number that isn't beyond the range of a double", start);
+    value = isNegative ? -0.0 : 0.0;
+  }
+  addFloating(value);
+}
+
+const char* JSONParser::skipDigits(const char* at) {
+  while (isDigit(peek(at)))
+    ++at;
+  return at;
+}
+
+void JSONParser::addInteger(std::int64_t value) {
+  if (value >= -greatestInteger && value <= greatestInteger)
+    *next_++ = makeIntegerWord(value);
+  else
+    addWide(JSONTag::wideInteger, static_cast<JSONWord>(value));
+}
+
+void JSONParser::addWide(JSONTag tag, JSONWord value) {
+  *next_++ = makeWord(tag);
+  *next_++ = value;
+}
+
+void JSONParser::addFloating(double value) {
+  addWide(JSONTag::floating, std::bit_cast<JSONWord>(value));
+}
+
+} // namespace velmar::detail
