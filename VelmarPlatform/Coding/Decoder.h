@@ -38,8 +38,8 @@ template <class T>
 struct Coder;
 
 struct DecodingOptions {
-  KeyDecodingStrategy keys;
-  CodingContext userInfo;
+  KeyDecodingStrategy keys = {};
+  CodingContext userInfo = {};
 };
 
 /// One run of decoding: what all its decoders share.

@@ -28,7 +28,7 @@ struct Coder;
 
 struct EncodingOptions {
   KeyEncodingStrategy keys = KeyEncodingStrategy::useDefaultKeys;
-  CodingContext userInfo;
+  CodingContext userInfo = {};
 };
 
 class ArrayEncoder;

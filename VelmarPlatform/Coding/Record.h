@@ -26,6 +26,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <span>
 #include <string_view>
@@ -179,10 +180,12 @@ consteval FieldRow makeRow(std::string_view key, Presence presence) {
           &fieldCoding<Value>, presence};
 }
 
-/// Becomes any type, for finding out how many members an aggregate has.
+/// Would become any type, for finding out how many members an aggregate has. Never made.
 struct Anything {
   template <class T>
-  constexpr operator T() const noexcept; // NOLINT(google-explicit-constructor): that is its use
+  operator T() const { // NOLINT(google-explicit-constructor): that is its use
+    std::abort();
+  }
 };
 template <class T, std::size_t... Is>
 consteval bool isMadeOf(std::index_sequence<Is...> /*count*/) {
