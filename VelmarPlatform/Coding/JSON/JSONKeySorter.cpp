@@ -65,8 +65,10 @@ void JSONKeySorter::sortMembers(Table& table, std::string_view text) {
   table.memberCount = members.size();
   table.head = members.front().start;
   table.tail = members.back().end;
-  if (members.size() > 1)
-    table.separator = text.substr(members[0].end, members[1].start - members[0].end);
+  if (members.size() > 1) {
+    table.separatorStart = members[0].end;
+    table.separatorEnd = members[1].start;
+  }
   if (!table.isSorted)
     std::ranges::sort(members, [&](const Member& left, const Member& right) {
       const auto order = keyOf(left, text) <=> keyOf(right, text);
@@ -103,7 +105,7 @@ std::string JSONKeySorter::putTogether(std::string_view text) const {
       result += slice(done.table->tail, done.table->end);
       continue;
     }
-    result += done.table->separator;
+    result += slice(done.table->separatorStart, done.table->separatorEnd);
     pieces.push_back(pieceOf(*done.table, done.member + 1));
   }
   return result;

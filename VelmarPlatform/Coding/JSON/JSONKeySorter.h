@@ -43,7 +43,8 @@ private:
     // The text between its brackets and the first and last member, and between two members.
     std::size_t head = 0;
     std::size_t tail = 0;
-    std::string_view separator = {};
+    std::size_t separatorStart = 0;
+    std::size_t separatorEnd = 0;
     std::size_t behind = 0; // the next of the tables that doesn't lie in this one
   };
   /// A piece of text on its way out: all of it, or a member of an object.

@@ -66,7 +66,7 @@ std::int64_t exponentOf(const char* at, const char* end) {
 void JSONParser::readNumber() {
   constexpr std::ptrdiff_t mostDigits = 18;
   const char* at = at_;
-  const bool isNegative = *at == '-';
+  const bool isNegative = peek(at) == '-';
   at += isNegative ? 1 : 0;
   const char* const digits = at;
   std::int64_t value = 0;

@@ -181,7 +181,7 @@ void JSONTextWriter::putFloating(Floating value) {
   if (!std::isfinite(value))
     throw EncodingFailure{"JSON has no number for NaN and the infinities."};
   // Else 100000 would be written as 1e+05, which readers of whole numbers may not take.
-  constexpr Floating wholeBelow{1e21F};
+  constexpr auto wholeBelow = static_cast<Floating>(1e21);
   const bool isWhole = std::trunc(value) == value && std::abs(value) < wholeBelow;
   beginValue(roomForNumber);
   char* const end = at_ + roomForNumber;
