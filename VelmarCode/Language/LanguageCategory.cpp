@@ -1,33 +1,35 @@
 #include "VelmarCode/Language/LanguageCategory.h"
 
 #include "VelmarPlatform/Basics/Precondition.h"
+#include "VelmarPlatform/Coding/Vocabulary.h"
 
 #include <source_location>
 
 namespace velmar {
 
+std::span<const Word<LanguageCategory>> wordsOf(LanguageCategory /*category*/) {
+  static constexpr std::array words{
+      Word{LanguageCategory::markup, "markup"},
+      Word{LanguageCategory::stylesheet, "stylesheet"},
+      Word{LanguageCategory::scripting, "scripting"},
+      Word{LanguageCategory::system, "system"},
+      Word{LanguageCategory::structured, "structured"},
+      Word{LanguageCategory::configuration, "configuration"},
+  };
+  return words;
+}
+
 std::string_view descriptionOf(LanguageCategory category) {
-  switch (category) {
-  case LanguageCategory::markup:
-    return "markup";
-  case LanguageCategory::stylesheet:
-    return "stylesheet";
-  case LanguageCategory::scripting:
-    return "scripting";
-  case LanguageCategory::system:
-    return "system";
-  case LanguageCategory::structured:
-    return "structured";
-  case LanguageCategory::configuration:
-    return "configuration";
-  }
+  for (const auto& [value, text] : wordsOf(category))
+    if (value == category)
+      return text;
   preconditionFailed("There is no such category of languages.", std::source_location::current());
 }
 
 std::optional<LanguageCategory> languageCategoryNamed(std::string_view name) {
-  for (const LanguageCategory category : allLanguageCategories)
-    if (descriptionOf(category) == name)
-      return category;
+  for (const auto& [value, text] : wordsOf({}))
+    if (text == name)
+      return value;
   return std::nullopt;
 }
 

@@ -1,6 +1,8 @@
 // What sort of language a language is, for menus and defaults.
 #pragma once
 
+#include "VelmarPlatform/Coding/Forward.h"
+
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -24,6 +26,8 @@ inline constexpr std::array allLanguageCategories = {
 };
 
 /// The category's name, which is also its JSON form: "markup" and so on.
+/// The same words, by which a document has one.
+[[nodiscard]] std::span<const Word<LanguageCategory>> wordsOf(LanguageCategory category);
 [[nodiscard]] std::string_view descriptionOf(LanguageCategory category);
 /// The category of that name.
 [[nodiscard]] std::optional<LanguageCategory> languageCategoryNamed(std::string_view name);

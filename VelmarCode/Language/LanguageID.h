@@ -14,6 +14,7 @@ namespace velmar {
 /// The name of a language. Any text is one; the constants only name the languages that are
 /// mentioned in this code. Compared and hashed by its text. The JSON form is the text.
 struct LanguageID {
+  using RawValue = std::string;
   std::string rawValue;
 
   constexpr LanguageID() = default;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "VelmarCore/Text/RegularExpression.h"
+#include "VelmarPlatform/Coding/Forward.h"
 
 #include <cstdint>
 #include <optional>
@@ -29,17 +30,26 @@ struct BracketPair {
 /// Writes the description.
 std::ostream& operator<<(std::ostream& stream, const BracketPair& pair);
 
+/// A table of `open` and `close`, each a text of which the first scalar is read.
+template <>
+struct Coder<BracketPair> {
+  static bool decode(Decoder from, BracketPair& into);
+  static void encode(const BracketPair& value, Encoder& into);
+};
+
 struct LanguageSyntax {
   struct Comments {
     struct Multiline {
       std::string prefix;
       std::string suffix;
       bool operator==(const Multiline&) const = default;
+      static std::span<const FieldRow> rows();
     };
     /// What begins a comment that ends with its line.
     std::optional<std::string> single;
     std::optional<Multiline> multiline;
     bool operator==(const Comments&) const = default;
+    static std::span<const FieldRow> rows();
   };
 
   /// How to find marks in comments, such as the headings of sections.
@@ -48,17 +58,20 @@ struct LanguageSyntax {
     /// The number of the group in `regex` that holds a mark's text.
     std::int64_t contentCapture = 0;
     bool operator==(const Bookmarks&) const = default;
+    static std::span<const FieldRow> rows();
   };
 
   struct Identifiers {
     /// Characters that belong to identifiers beside those that do in every language.
     std::optional<std::string> characters;
     bool operator==(const Identifiers&) const = default;
+    static std::span<const FieldRow> rows();
   };
 
   struct Brackets {
     std::vector<BracketPair> pairs;
     bool operator==(const Brackets&) const = default;
+    static std::span<const FieldRow> rows();
   };
 
   Comments comments;
@@ -67,6 +80,7 @@ struct LanguageSyntax {
   Brackets brackets;
 
   bool operator==(const LanguageSyntax&) const = default;
+  static std::span<const FieldRow> rows();
 };
 
 } // namespace velmar

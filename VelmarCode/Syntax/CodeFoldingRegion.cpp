@@ -1,5 +1,8 @@
 #include "VelmarCode/Syntax/CodeFoldingRegion.h"
 
+#include "VelmarPlatform/Coding/Record.h"
+#include "VelmarPlatform/Coding/Vocabulary.h"
+
 #include <ostream>
 
 namespace velmar {
@@ -16,6 +19,13 @@ std::ostream& operator<<(std::ostream& stream, const CodeFoldingRegion& region) 
 
 std::ostream& operator<<(std::ostream& stream, const CodeFoldingRegion::Role& role) {
   return stream << role.rawValue;
+}
+
+std::span<const FieldRow> CodeFoldingRegion::rows() {
+  static constexpr auto table = rowsOf<CodeFoldingRegion>(row<&CodeFoldingRegion::range>("range"),
+                                                          row<&CodeFoldingRegion::role>("role"),
+                                                          row<&CodeFoldingRegion::level>("level"));
+  return table;
 }
 
 } // namespace velmar

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "VelmarPlatform/Basics/Range.h"
+#include "VelmarPlatform/Coding/Forward.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +18,7 @@ namespace velmar {
 struct CodeFoldingRegion {
   /// What is hidden, by name: an open vocabulary. The JSON form is the text.
   struct Role {
+    using RawValue = std::string;
     std::string rawValue;
 
     Role() = default;
@@ -39,6 +41,7 @@ struct CodeFoldingRegion {
   std::int64_t level = 0;
 
   bool operator==(const CodeFoldingRegion&) const = default;
+  static std::span<const FieldRow> rows();
 
   /// Such as "(range: 4..<9, role: comment, level: 0)".
   [[nodiscard]] std::string description() const;

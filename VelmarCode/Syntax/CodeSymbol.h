@@ -4,6 +4,7 @@
 #include "VelmarCode/Language/LanguageID.h"
 #include "VelmarCode/Syntax/CodeSymbolKind.h"
 #include "VelmarPlatform/Basics/Range.h"
+#include "VelmarPlatform/Coding/Forward.h"
 
 #include <cstdint>
 #include <optional>
@@ -17,6 +18,7 @@ namespace velmar {
 struct CodeSymbol {
   /// A set of facts. The JSON form is the number.
   struct Traits {
+    using RawValue = std::int64_t;
     std::int64_t rawValue = 0;
 
     /// A line in the outline rather than an entry.
@@ -41,6 +43,7 @@ struct CodeSymbol {
     TextRange nameRange;
     std::optional<std::string> typeName = std::nullopt;
     bool operator==(const Argument&) const = default;
+    static std::span<const FieldRow> rows();
   };
 
   /// For editors that close what their user opens: a pattern and what completes it, both as the
@@ -49,6 +52,7 @@ struct CodeSymbol {
     std::string expression;
     std::string completion;
     bool operator==(const Autoclose&) const = default;
+    static std::span<const FieldRow> rows();
   };
 
   CodeSymbolKind kind;
@@ -70,6 +74,7 @@ struct CodeSymbol {
   std::optional<Autoclose> autoclose = std::nullopt;
 
   bool operator==(const CodeSymbol&) const = default;
+  static std::span<const FieldRow> rows();
 };
 
 inline constexpr CodeSymbol::Traits CodeSymbol::Traits::separator{1};

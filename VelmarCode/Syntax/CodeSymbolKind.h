@@ -15,6 +15,7 @@ namespace velmar {
 /// A number from an open vocabulary, whose known values have names; most of these have a text as
 /// well, which queries write. The JSON form is the number. Any thread.
 struct CodeSymbolKind {
+  using RawValue = std::int64_t;
   std::int64_t rawValue = 0;
 
   static const CodeSymbolKind generic;

@@ -1,5 +1,7 @@
 #include "VelmarCode/Syntax/LexicalClass.h"
 
+#include "VelmarPlatform/Coding/Coder.h"
+
 #include <algorithm>
 #include <map>
 #include <mutex>
@@ -44,6 +46,18 @@ std::span<const LexicalClass> LexicalClass::known() noexcept {
 
 std::ostream& operator<<(std::ostream& stream, const LexicalClass& lexicalClass) {
   return stream << lexicalClass.rawValue();
+}
+
+bool Coder<LexicalClass>::decode(Decoder from, LexicalClass& into) {
+  std::string_view text;
+  if (!from.readText(text))
+    return false;
+  into = LexicalClass(text);
+  return true;
+}
+
+void Coder<LexicalClass>::encode(const LexicalClass& value, Encoder& into) {
+  into.text(value.rawValue());
 }
 
 } // namespace velmar

@@ -3,6 +3,8 @@
 // LexicalSelector.
 #pragma once
 
+#include "VelmarPlatform/Coding/Forward.h"
+
 #include <array>
 #include <compare>
 #include <cstddef>
@@ -25,6 +27,8 @@ public:
 
   /// The class of that name. The text of a class without a name above is kept for the rest of the
   /// process, once.
+  /// The class without a name.
+  LexicalClass() : LexicalClass(std::string_view()) {}
   explicit LexicalClass(std::string_view rawValue);
 
   [[nodiscard]] constexpr std::string_view rawValue() const noexcept { return *rawValue_; }
@@ -57,6 +61,13 @@ inline constexpr LexicalClass LexicalClass::regex{&knownRawValues[3]};
 
 /// Writes the raw value.
 std::ostream& operator<<(std::ostream& stream, const LexicalClass& lexicalClass);
+
+/// The raw value as a text.
+template <>
+struct Coder<LexicalClass> {
+  static bool decode(Decoder from, LexicalClass& into);
+  static void encode(const LexicalClass& value, Encoder& into);
+};
 
 } // namespace velmar
 

@@ -1,5 +1,6 @@
 #include "VelmarCode/Syntax/LexicalSelector.h"
 
+#include "VelmarPlatform/Coding/Coder.h"
 #include "VelmarPlatform/Unicode/UTF.h"
 
 #include <algorithm>
@@ -160,6 +161,83 @@ std::strong_ordering LexicalSelector::operator<=>(const LexicalSelector& other) 
 
 std::ostream& operator<<(std::ostream& stream, const LexicalSelector& selector) {
   return stream << '"' << selector.string() << '"';
+}
+
+namespace {
+
+using Components = LexicalSelector::Components;
+
+bool decodeComponents(Decoder from, Components& into) {
+  KeyedDecodingContainer table;
+  std::vector<std::string> names;
+  if (!from.open(table) || !table.read("_0", into.string) || !table.read("_1", names) ||
+      !table.readIfPresent("_2", into.lexicalClass))
+    return false;
+  into.components.insert(names.begin(), names.end());
+  return true;
+}
+
+void encodeComponents(const Components& components, Encoder& into) {
+  into.table([&](TableEncoder& table) {
+    table.write("_0", components.string);
+    table.write(
+        "_1", std::vector<std::string>(components.components.begin(), components.components.end()));
+    table.writeIfPresent("_2", components.lexicalClass);
+  });
+}
+
+bool decodeStorage(Decoder from, LexicalSelector::Storage& into) {
+  KeyedDecodingContainer table;
+  if (!from.open(table))
+    return false;
+  const auto keys = table.allKeys();
+  if (keys.size() != 1)
+    return from.fail(DecodingErrorKind::typeMismatch,
+                     "Invalid number of keys found, expected one.");
+  if (keys.front() == "null")
+    into = LexicalSelector::Null();
+  else if (keys.front() == "universal")
+    into = LexicalSelector::Universal();
+  else if (keys.front() == "components")
+    return table.at(keys.front(), [&](Decoder payload) {
+      return decodeComponents(payload, into.emplace<Components>());
+    });
+  else
+    return from.fail(DecodingErrorKind::typeMismatch,
+                     "A selector is null, universal or made of components.");
+  return true;
+}
+
+void encodeStorage(const LexicalSelector::Storage& storage, Encoder& into) {
+  const auto empty = [](Encoder& payload) { payload.table([](TableEncoder&) {}); };
+  into.table([&](TableEncoder& table) {
+    std::visit(Overloaded{[&](LexicalSelector::Null) { table.at("null", empty); },
+                          [&](LexicalSelector::Universal) { table.at("universal", empty); },
+                          [&](const Components& components) {
+                            table.at("components", [&](Encoder& payload) {
+                              encodeComponents(components, payload);
+                            });
+                          }},
+               storage);
+  });
+}
+
+} // namespace
+
+bool Coder<LexicalSelector>::decode(Decoder from, LexicalSelector& into) {
+  KeyedDecodingContainer table;
+  LexicalSelector::Storage storage;
+  if (!from.open(table) ||
+      !table.at("storage", [&](Decoder member) { return decodeStorage(member, storage); }))
+    return false;
+  into = LexicalSelector(std::move(storage));
+  return true;
+}
+
+void Coder<LexicalSelector>::encode(const LexicalSelector& value, Encoder& into) {
+  into.table([&](TableEncoder& table) {
+    table.at("storage", [&](Encoder& member) { encodeStorage(value.storage(), member); });
+  });
 }
 
 } // namespace velmar

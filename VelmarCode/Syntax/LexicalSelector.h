@@ -5,6 +5,7 @@
 
 #include "VelmarCode/Syntax/LexicalClass.h"
 #include "VelmarPlatform/Basics/Overloaded.h"
+#include "VelmarPlatform/Coding/Forward.h"
 
 #include <compare>
 #include <cstddef>
@@ -46,6 +47,8 @@ public:
   static const LexicalSelector null;
   static const LexicalSelector universal;
 
+  /// Matches nothing, as `null`.
+  LexicalSelector() : storage_(Null()) {}
   /// Reads names with dots between them, in any order: ASCII letters, "_" and "-". Blanks at the
   /// ends are ignored. The empty text gives `null`, "*" gives `universal`; absent for anything
   /// else, such as an empty name between two dots.
@@ -86,6 +89,15 @@ private:
 
 /// Writes the text in quotes.
 std::ostream& operator<<(std::ostream& stream, const LexicalSelector& selector);
+
+/// A table with the key "storage"; in it a table with one of the keys "null", "universal" and
+/// "components", each over a table: an empty one, or the text "_0", the names "_1" and, where there
+/// is one, the class "_2".
+template <>
+struct Coder<LexicalSelector> {
+  static bool decode(Decoder from, LexicalSelector& into);
+  static void encode(const LexicalSelector& value, Encoder& into);
+};
 
 } // namespace velmar
 

@@ -4,6 +4,7 @@
 #include "VelmarCore/ShellEnvironment.h"
 #include "VelmarCore/Text/RegexScanner.h"
 #include "VelmarCore/Text/TextTrimming.h"
+#include "VelmarPlatform/Coding/Coder.h"
 
 #include <ostream>
 #include <sys/stat.h>
@@ -122,6 +123,24 @@ std::string asShellArguments(std::span<const std::string> texts, std::string_vie
 
 std::ostream& operator<<(std::ostream& stream, const ShellCommand& command) {
   return stream << command.description();
+}
+
+bool Coder<ShellCommand>::decode(Decoder from, ShellCommand& into) {
+  UnkeyedDecodingContainer array;
+  if (!from.open(array) || !array.read(into.name))
+    return false;
+  while (!array.isAtEnd())
+    if (!array.read(into.arguments.emplace_back()))
+      return false;
+  return true;
+}
+
+void Coder<ShellCommand>::encode(const ShellCommand& value, Encoder& into) {
+  into.array([&](ArrayEncoder& array) {
+    array.write(value.name);
+    for (const std::string& argument : value.arguments)
+      array.write(argument);
+  });
 }
 
 } // namespace velmar

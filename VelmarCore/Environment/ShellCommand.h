@@ -5,6 +5,7 @@
 // what would fall apart, and no more: `$`, `;` and the like stay what they are for the shell.
 #pragma once
 
+#include "VelmarPlatform/Coding/Forward.h"
 #include "VelmarPlatform/Concurrency/Task.h"
 #include "VelmarPlatform/Files/FilePath.h"
 
@@ -55,6 +56,13 @@ struct ShellCommand {
 
 /// Writes the description.
 std::ostream& operator<<(std::ostream& stream, const ShellCommand& command);
+
+/// An array of texts: the name, then the arguments.
+template <>
+struct Coder<ShellCommand> {
+  static bool decode(Decoder from, ShellCommand& into);
+  static void encode(const ShellCommand& value, Encoder& into);
+};
 
 } // namespace velmar
 

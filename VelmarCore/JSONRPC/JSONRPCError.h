@@ -15,6 +15,7 @@ namespace velmar {
 
 /// A number that says what kind of failure it is. Open: peers have codes of their own.
 struct JSONRPCErrorCode {
+  using RawValue = std::int64_t;
   std::int64_t rawValue = 0;
 
   static const JSONRPCErrorCode parseError, invalidRequest, methodNotFound, invalidParams,

@@ -1,5 +1,8 @@
 #include "VelmarCore/Operations/LogItem.h"
 
+#include "VelmarPlatform/Coding/Record.h"
+#include "VelmarPlatform/Coding/Vocabulary.h"
+
 namespace velmar {
 
 namespace {
@@ -57,6 +60,25 @@ std::string LogItem::description() const {
   if (!message.ends_with('\n'))
     line += "\n";
   return line;
+}
+
+std::span<const LogItemSeverity> numbersOf(LogItemSeverity /*severity*/) noexcept {
+  static constexpr std::array values{LogItemSeverity::debug, LogItemSeverity::info,
+                                     LogItemSeverity::warning, LogItemSeverity::error};
+  return values;
+}
+
+std::span<const FieldRow> LogItemSource::rows() {
+  static constexpr auto table =
+      rowsOf<LogItemSource>(row<&LogItemSource::components>("components"));
+  return table;
+}
+
+std::span<const FieldRow> LogItem::rows() {
+  static constexpr auto table =
+      rowsOf<LogItem>(row<&LogItem::message>("message"), row<&LogItem::severity>("severity"),
+                      row<&LogItem::source>("source"), row<&LogItem::date>("date"));
+  return table;
 }
 
 } // namespace velmar

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "VelmarCore/Operations/Description.h"
+#include "VelmarPlatform/Coding/Forward.h"
 #include "VelmarPlatform/Dates/ISO8601.h"
 
 #include <concepts>
@@ -29,6 +30,8 @@ enum class LogItemSeverity : int { debug = -1, info = 0, warning = 5, error = 9 
 /// The severity of that number; absent if there is none.
 [[nodiscard]] std::optional<LogItemSeverity> logItemSeverityOf(std::int64_t rawValue) noexcept;
 /// "ERROR", "WARN ", "INFO ", "DEBUG": five characters wide.
+/// All of them; a document has the raw value.
+[[nodiscard]] std::span<const LogItemSeverity> numbersOf(LogItemSeverity severity) noexcept;
 [[nodiscard]] std::string_view descriptionOf(LogItemSeverity severity) noexcept;
 
 /// Where a line comes from, from the outside in.
@@ -53,6 +56,7 @@ struct LogItemSource {
   /// The components with "::" between them.
   [[nodiscard]] std::string description() const;
   bool operator==(const LogItemSource&) const = default;
+  static std::span<const FieldRow> rows();
 };
 
 /// A value that stands in a message without quotes. Refers to `value`: for arguments only.
@@ -139,6 +143,7 @@ struct LogItem {
   /// one of its own.
   [[nodiscard]] std::string description() const;
   bool operator==(const LogItem&) const = default;
+  static std::span<const FieldRow> rows();
 };
 
 } // namespace velmar

@@ -24,6 +24,7 @@ namespace velmar {
 
 /// Which stream of a child a text came from. Open: other names survive.
 struct OperationLogStreamSource {
+  using RawValue = std::string;
   std::string rawValue;
 
   [[nodiscard]] static OperationLogStreamSource standardOutput() { return {"StandardOutput"}; }

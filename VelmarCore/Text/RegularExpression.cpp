@@ -4,6 +4,7 @@
 #include "VelmarCore/Text/RegularExpressionElements.h"
 #include "VelmarCore/Text/RegularExpressionMatches.h"
 #include "VelmarCore/Text/TranscodedText.h"
+#include "VelmarPlatform/Coding/Coder.h"
 #include "VelmarPlatform/Unicode/UTF.h"
 
 #include <utility>
@@ -86,6 +87,11 @@ std::basic_string<Unit> expand(const RegularExpressionMatch<Unit>& match,
 }
 
 } // namespace
+
+RegularExpression::RegularExpression() {
+  static const RegularExpression empty{std::string("(?:)")};
+  compiled_ = empty.compiled_;
+}
 
 RegularExpression::RegularExpression(std::string pattern, Options options) {
   auto compiled = CompiledPattern::compile(std::move(pattern), options);
@@ -241,6 +247,28 @@ RegularExpression::matchIn(std::string_view text, Start start, RegularExpression
 std::ostream& operator<<(std::ostream& stream, const RegularExpression& expression) {
   return stream << '/' << expression.pattern() << '/'
                 << static_cast<std::uint32_t>(expression.options());
+}
+
+bool Coder<RegularExpression>::decode(Decoder from, RegularExpression& into) {
+  KeyedDecodingContainer table;
+  std::string pattern;
+  std::uint32_t options = 0;
+  if (!from.open(table) || !table.read("pattern", pattern) || !table.read("options", options))
+    return false;
+  auto expression =
+      RegularExpression::compile(std::move(pattern), RegularExpressionOptions(options));
+  if (!expression)
+    return from.fail(DecodingErrorKind::dataCorrupted, "Could not decode regular expression.",
+                     std::make_exception_ptr(expression.error()));
+  into = *std::move(expression);
+  return true;
+}
+
+void Coder<RegularExpression>::encode(const RegularExpression& value, Encoder& into) {
+  into.table([&](TableEncoder& table) {
+    table.write("pattern", value.pattern());
+    table.write("options", static_cast<std::uint32_t>(value.options()));
+  });
 }
 
 } // namespace velmar

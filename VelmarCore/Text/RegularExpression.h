@@ -22,6 +22,7 @@
 #include "VelmarCore/Text/RegularExpressionOptions.h"
 #include "VelmarCore/Text/RegularExpressionPass.h"
 #include "VelmarPlatform/Basics/Result.h"
+#include "VelmarPlatform/Coding/Forward.h"
 
 #include <chrono>
 #include <cstdint>
@@ -49,6 +50,8 @@ public:
   using DocumentMatch = RegularExpressionMatch<char16_t>;
 
   /// Throws RegularExpressionError for a pattern that the engine refuses; the empty pattern is one.
+  /// "(?:)", which matches the empty text wherever it is asked.
+  RegularExpression();
   explicit RegularExpression(std::string pattern, Options options = Options::none);
   /// The same, for callers that go on without the expression if it can't be had.
   [[nodiscard]] static Result<RegularExpression, RegularExpressionError>
@@ -138,5 +141,12 @@ private:
 
 /// Writes the pattern between slashes, for messages and tests.
 std::ostream& operator<<(std::ostream& stream, const RegularExpression& expression);
+
+/// A table of `pattern` and the number `options`. One that doesn't compile can't be decoded.
+template <>
+struct Coder<RegularExpression> {
+  static bool decode(Decoder from, RegularExpression& into);
+  static void encode(const RegularExpression& value, Encoder& into);
+};
 
 } // namespace velmar

@@ -1,5 +1,7 @@
 #include "VelmarCore/Text/TextPosition.h"
 
+#include "VelmarPlatform/Coding/Record.h"
+
 #include <algorithm>
 #include <ostream>
 
@@ -33,6 +35,12 @@ Range<TextPosition> textPositionRangeFrom(const ForeignTextRange& foreign) {
   const TextPosition end{countedFromZero(endLine, foreign.linesStartAtOne),
                          countedFromZero(endColumn, foreign.columnsStartAtOne)};
   return {start, std::max(start, end)};
+}
+
+std::span<const FieldRow> TextPosition::rows() {
+  static constexpr auto table =
+      rowsOf<TextPosition>(row<&TextPosition::line>("line"), row<&TextPosition::column>("column"));
+  return table;
 }
 
 } // namespace velmar

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "VelmarPlatform/Basics/Range.h"
+#include "VelmarPlatform/Coding/Forward.h"
 
 #include <compare>
 #include <cstddef>
@@ -27,6 +28,8 @@ struct TextPosition {
 
   /// The line, a colon and the column, both from 0: "3:14".
   [[nodiscard]] std::string description() const;
+  /// A document has it as a table of `line` and `column`.
+  static std::span<const FieldRow> rows();
 };
 
 /// Writes the description.

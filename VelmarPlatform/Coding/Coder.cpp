@@ -12,6 +12,18 @@ bool Coder<float>::decode(Decoder from, float& into) {
   return std::isfinite(into) || !std::isfinite(number) || from.failToRepresent("Float");
 }
 
+bool Coder<FilePath>::decode(Decoder from, FilePath& into) {
+  std::string_view text;
+  if (!from.readText(text))
+    return false;
+  into = FilePath(text);
+  return true;
+}
+
+void Coder<FilePath>::encode(const FilePath& value, Encoder& into) {
+  into.text(value.string());
+}
+
 bool Coder<UUID>::decode(Decoder from, UUID& into) {
   std::string_view text;
   if (!from.readText(text))

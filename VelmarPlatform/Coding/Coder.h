@@ -13,9 +13,11 @@
 // is read has one.
 #pragma once
 
+#include "VelmarPlatform/Basics/Range.h"
 #include "VelmarPlatform/Basics/UUID.h"
 #include "VelmarPlatform/Coding/Decoder.h"
 #include "VelmarPlatform/Coding/Encoder.h"
+#include "VelmarPlatform/Files/FilePath.h"
 
 #include <array>
 #include <concepts>
@@ -122,6 +124,13 @@ struct Coder<UUID> {
   static void encode(const UUID& value, Encoder& into) { into.text(value.string()); }
 };
 
+/// The path as a text.
+template <>
+struct Coder<FilePath> {
+  static bool decode(Decoder from, FilePath& into);
+  static void encode(const FilePath& value, Encoder& into);
+};
+
 /// A null reads as absent. As a member of a record an absent value isn't written; anywhere else, as
 /// in an array, it is a null.
 template <class T>
@@ -131,7 +140,9 @@ struct Coder<std::optional<T>> {
       into.reset();
       return true;
     }
-    return Coder<T>::decode(from, into.emplace());
+    // With an argument: a struct inside of another can't be made from nothing in the eyes of an
+    // optional that is a member of the outer one.
+    return Coder<T>::decode(from, into.emplace(T{}));
   }
   static void encode(const std::optional<T>& value, Encoder& into) {
     if (value)
@@ -184,6 +195,24 @@ struct Coder<std::pair<A, B>> {
       array.write(value.first);
       array.write(value.second);
     });
+  }
+};
+
+/// An array of the two bounds, the lower one first.
+template <class Bound>
+struct Coder<Range<Bound>> {
+  static bool decode(Decoder from, Range<Bound>& into) {
+    std::pair<Bound, Bound> bounds;
+    if (!from.read(bounds))
+      return false;
+    if (bounds.second < bounds.first)
+      return from.fail(DecodingErrorKind::dataCorrupted,
+                       "The upper bound of a range lies before its lower bound.");
+    into = Range<Bound>(std::move(bounds.first), std::move(bounds.second));
+    return true;
+  }
+  static void encode(const Range<Bound>& value, Encoder& into) {
+    into.write(std::pair(value.lowerBound, value.upperBound));
   }
 };
 

@@ -189,7 +189,7 @@ public:
   template <class T>
   [[nodiscard]] bool readIfPresent(std::string_view key, std::optional<T>& into) {
     into.reset();
-    return !contains(key) || isNil(key) || read(key, into.emplace());
+    return !contains(key) || isNil(key) || read(key, into.emplace(T{}));
   }
   /// Calls `perform(decoder)` at the value of a key that must be there, and gives what it gives.
   template <class Function>

@@ -30,6 +30,7 @@
 #include <functional>
 #include <span>
 #include <string_view>
+#include <type_traits>
 
 namespace velmar {
 
@@ -223,11 +224,13 @@ consteval FieldRow uncodedRow() {
 }
 
 /// The rows of `T`, in the order in which they are written. Refuses to compile if a member is
-/// missing, if two have one key, and if there are too many.
+/// missing (which can't be seen where `T` has constructors), if two have one key, and if there are
+/// too many.
 template <class T, std::same_as<FieldRow>... Rows>
 consteval auto rowsOf(Rows... rows) {
   static_assert(sizeof...(Rows) <= 128, "A record has at most 128 members.");
-  static_assert(!rowDetail::isMadeOf<T>(std::make_index_sequence<sizeof...(Rows) + 1>()),
+  static_assert(!std::is_aggregate_v<T> ||
+                    !rowDetail::isMadeOf<T>(std::make_index_sequence<sizeof...(Rows) + 1>()),
                 "A member of the record has no row; uncodedRow names one that stays out.");
   const std::array<FieldRow, sizeof...(Rows)> table{rows...};
   for (std::size_t i = 0; i < table.size(); ++i)
