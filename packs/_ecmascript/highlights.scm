@@ -50,10 +50,14 @@
   (#set! "priority" "5"))
 
 ; Functions: where they are made
-(function_declaration name: (identifier) @function.declaration)
-(generator_function_declaration name: (identifier) @function.declaration)
-(function_expression name: (identifier) @function.declaration)
-(generator_function name: (identifier) @function.declaration)
+((function_declaration name: (identifier) @function.declaration)
+  (#set! "priority" "5"))
+((generator_function_declaration name: (identifier) @function.declaration)
+  (#set! "priority" "5"))
+((function_expression name: (identifier) @function.declaration)
+  (#set! "priority" "5"))
+((generator_function name: (identifier) @function.declaration)
+  (#set! "priority" "5"))
 (method_definition name: [(property_identifier) (private_property_identifier)] @function.method.declaration)
 ((method_definition name: (property_identifier) @function.constructor)
   (#eq? @function.constructor "constructor")

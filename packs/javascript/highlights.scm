@@ -1,9 +1,12 @@
 ; inherits: _ecmascript, _jsx
 ; JavaScript, with elements.
 
-(class_declaration name: (identifier) @type.declaration)
-(class name: (identifier) @type.declaration)
-(class_heritage (identifier) @type.class)
+((class_declaration name: (identifier) @type.declaration)
+  (#set! "priority" "5"))
+((class name: (identifier) @type.declaration)
+  (#set! "priority" "5"))
+((class_heritage (identifier) @type.class)
+  (#set! "priority" "5"))
 (class_heritage (member_expression property: (property_identifier) @type.class))
 
 (field_definition
