@@ -10,6 +10,7 @@
 #include "host/OutlineCommand.h"
 #include "host/ReplayCommand.h"
 #include "host/ShowCommand.h"
+#include "host/ShrinkCommand.h"
 #include "host/TreeCommand.h"
 #include "host/WhichCommand.h"
 
@@ -144,10 +145,10 @@ ExitCode reportingFailures(Streams& streams, Body&& body) {
 
 std::span<const Command> commands() {
   static const Command all[] = {
-      showCommand(),     explainCommand(),  treeCommand(),   outlineCommand(),   foldsCommand(),
-      tagsCommand(),     bracketsCommand(), wordsCommand(),  colorsCommand(),    proseCommand(),
-      completeCommand(), indentCommand(),   replayCommand(), languagesCommand(), envCommand(),
-      whichCommand(),    execCommand()};
+      showCommand(),     explainCommand(),  treeCommand(),   outlineCommand(), foldsCommand(),
+      tagsCommand(),     bracketsCommand(), wordsCommand(),  colorsCommand(),  proseCommand(),
+      completeCommand(), indentCommand(),   replayCommand(), shrinkCommand(),  languagesCommand(),
+      envCommand(),      whichCommand(),    execCommand()};
   return all;
 }
 

@@ -7,7 +7,7 @@
 #include "host/LayerList.h"
 #include "host/OpenDocument.h"
 #include "host/RandomSession.h"
-#include "host/Session.h"
+#include "host/SessionFile.h"
 
 #include <algorithm>
 #include <charconv>
@@ -19,8 +19,6 @@ namespace {
 
 using std::chrono::nanoseconds;
 
-/// A session's text is small beside what it can do.
-constexpr std::int64_t largestSession = std::int64_t{1} << 28;
 constexpr std::int64_t mostRandomEdits = 1'000'000;
 constexpr std::int64_t recordedEvery = 250;
 
@@ -97,14 +95,6 @@ private:
   std::int64_t nodes_ = 0;
 };
 
-std::u16string initialText(const Session& session, const FilePath& path, const Streams& streams) {
-  if (!session.file)
-    return session.initial;
-  const FilePath file(*session.file, path.removingLastComponent());
-  const SourceText source = readSource(file.string(), streams);
-  return source.text->substringFor({0, source.text->count()});
-}
-
 void compare(std::optional<std::uint64_t> expected, std::uint64_t found, std::string_view what) {
   if (expected && *expected != found)
     throw Error(
@@ -134,14 +124,9 @@ void print(Player& player, const OpenDocument& document, Streams& streams) {
 }
 
 void replay(const FilePath& path, const Arguments& arguments, Streams& streams) {
-  const Bytes bytes = readFile(path, {.sizeLimit = largestSession});
-  const std::string_view text = charactersOf(bytes);
-  const Session session = readSession(text);
-  const std::u16string initial = initialText(session, path, streams);
-  checkEdits(session, std::ssize(initial));
-
+  const auto [text, session] = readSessionFile(path, streams);
   const auto document =
-      OpenDocument::fromText(initial, path.description(), languageWanted(session.language),
+      OpenDocument::fromText(session.initial, path.description(), languageWanted(session.language),
                              arguments.has("--verbose"), streams);
   Player player(session, *document, streams);
   if (arguments.has("--check"))

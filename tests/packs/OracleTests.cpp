@@ -6,6 +6,7 @@
 
 #include "VelmarPlatform/Files/FileContents.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "host/Session.h"
 #include "tests/packs/PackFiles.h"
 #include "tests/packs/PackLanguages.h"
 
@@ -58,6 +59,14 @@ const std::vector<std::u16string> markdownInserts{
     u"`",      u"*",     u"# ", u"- ",        u"> ",        u"<b>",   u"</b>",
     u"[x](y)", u"---\n", u"|",  u"~~~html\n", u"\U0001F600"};
 
+/// Leaves a session in which a difference was found beside the program; `velmar shrink` makes it
+/// small, by velmarOracle.
+std::string keep(const host::Session& session, const std::string& name) {
+  const std::string path = "oracle-" + name + ".session";
+  writeFileAtomically(FilePath(path), bytesOf(host::writtenSession(session)));
+  return path;
+}
+
 class Oracle : public ::testing::TestWithParam<Sample> {};
 
 TEST_P(Oracle, EveryStateEqualsTheReference) {
@@ -74,15 +83,17 @@ TEST_P(Oracle, EveryStateEqualsTheReference) {
     CheckedParse document(languages->configuration(sample.language), 40);
     document.edit({0, 0}, source);
     RandomTyping typing(seed + static_cast<std::uint32_t>(done), sample.inserts);
+    host::Session session{.language = sample.language, .initial = source, .edits = {}};
     for (std::int64_t step = 0; step < std::min(editsToASession, edits - done); ++step) {
       const RandomEdit edit = typing.next(document.text());
       SCOPED_TRACE(::testing::Message()
                    << "session " << done << " step " << step << ": " << edit.range << " with "
                    << ::testing::PrintToString(utf8RepairingUTF16(edit.text)));
+      session.edits.push_back({edit.range, edit.text});
       try {
         document.edit(edit.range, edit.text);
       } catch (const std::exception& difference) {
-        FAIL() << difference.what();
+        FAIL() << difference.what() << "\nThe session is in " << keep(session, sample.name);
       }
     }
     total.edits += document.counts().edits;
