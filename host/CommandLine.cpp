@@ -7,6 +7,7 @@
 #include "host/ExecCommand.h"
 #include "host/ExplainCommand.h"
 #include "host/LanguagesCommand.h"
+#include "host/MemoryCommand.h"
 #include "host/OutlineCommand.h"
 #include "host/ReplayCommand.h"
 #include "host/ShowCommand.h"
@@ -148,7 +149,7 @@ std::span<const Command> commands() {
       showCommand(),     explainCommand(),  treeCommand(),   outlineCommand(), foldsCommand(),
       tagsCommand(),     bracketsCommand(), wordsCommand(),  colorsCommand(),  proseCommand(),
       completeCommand(), indentCommand(),   replayCommand(), shrinkCommand(),  languagesCommand(),
-      envCommand(),      whichCommand(),    execCommand()};
+      memoryCommand(),   envCommand(),      whichCommand(),  execCommand()};
   return all;
 }
 

@@ -54,6 +54,10 @@ public:
   [[nodiscard]] std::size_t size() const noexcept { return size_; }
   [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
   [[nodiscard]] std::size_t capacity() const noexcept { return capacity_; }
+  /// What lies outside of the object: 0 as long as the elements fit in.
+  [[nodiscard]] std::size_t allocatedBytes() const noexcept {
+    return capacity_ > inlineCapacity ? capacity_ * sizeof(Element) : 0;
+  }
   [[nodiscard]] Element* data() noexcept { return data_; }
   [[nodiscard]] const Element* data() const noexcept { return data_; }
   [[nodiscard]] Element* begin() noexcept { return data_; }

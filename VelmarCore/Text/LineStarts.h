@@ -28,6 +28,11 @@ public:
   }
   [[nodiscard]] std::uint32_t back() const noexcept { return (*this)[count() - 1]; }
 
+  /// What lies outside of the object.
+  [[nodiscard]] std::size_t allocatedBytes() const noexcept {
+    return stored_.capacity() * sizeof(std::uint32_t);
+  }
+
   /// The last line that starts at or before `offset`. O(log n).
   [[nodiscard]] std::size_t lastAtOrBefore(std::uint32_t offset) const noexcept;
   /// Where the last edit was. Within the array.

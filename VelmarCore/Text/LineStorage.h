@@ -54,6 +54,8 @@ public:
   ~UTF16LineArrayStringStorage();
 
   [[nodiscard]] std::int64_t count() const noexcept { return count_; }
+  /// What lies outside of the object.
+  [[nodiscard]] std::size_t allocatedBytes() const noexcept { return capacity_ * sizeof(char16_t); }
   /// Stops the process unless `0 <= index < count()`.
   [[nodiscard]] char16_t operator[](std::int64_t index) const;
   /// All units, as a view that the next change ends.

@@ -66,6 +66,8 @@ public:
     return {ranges_.data(), ranges_.size()};
   }
   [[nodiscard]] bool isEmpty() const noexcept { return ranges_.empty(); }
+  /// What lies outside of the object.
+  [[nodiscard]] std::size_t allocatedBytes() const noexcept { return ranges_.allocatedBytes(); }
   /// O(log n).
   [[nodiscard]] bool contains(const T& value) const;
   /// Whether some value of `range` is in the set: touching is not enough, and an empty range has no

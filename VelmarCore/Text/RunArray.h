@@ -261,6 +261,12 @@ public:
   /// Takes the values of `range` out. The runs on both sides merge where the comparator lets them.
   void removeSubrange(TextRange range) { splice(range, {}, 0); }
 
+  /// What lies outside of the object; shared with the copies that haven't been changed since.
+  [[nodiscard]] std::size_t allocatedBytes() const noexcept {
+    const Storage& storage = storage_.read();
+    return sizeof storage + storage.starts.allocatedBytes() + storage.values.allocatedBytes();
+  }
+
   /// Stops the process unless the runs cover the array in order and without gaps, none but the
   /// first being empty.
   void checkInvariants() const;

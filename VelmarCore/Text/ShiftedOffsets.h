@@ -36,6 +36,8 @@ public:
     raw_.pushBack(offset - (raw_.size() >= shiftedFrom_ ? shift_ : 0));
   }
 
+  /// What lies outside of the object.
+  [[nodiscard]] std::size_t allocatedBytes() const noexcept { return raw_.allocatedBytes(); }
   /// Makes room for `count` offsets in all.
   void reserve(std::size_t count) { raw_.reserve(count); }
 

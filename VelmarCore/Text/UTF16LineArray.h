@@ -237,6 +237,16 @@ public:
     return static_cast<std::int64_t>(objects_.size());
   }
 
+  /// What the array takes, in bytes: its text with the room for more, and all else that is kept of
+  /// lines. The allocator's own share isn't counted.
+  struct Memory {
+    std::int64_t text = 0;
+    std::int64_t lines = 0;
+    bool operator==(const Memory&) const = default;
+  };
+  /// O(lines).
+  [[nodiscard]] Memory memory() const;
+
   /// The one edit: puts `text` in place of `range`.
   ///
   /// A line is the same object before and after an edit that stays inside it. CR and LF become one

@@ -551,4 +551,17 @@ void UTF16LineArray<Storage>::checkInvariants() const {
   }
 }
 
+template <class Storage>
+auto UTF16LineArray<Storage>::memory() const -> Memory {
+  Memory memory;
+  if constexpr (requires(const Storage storage) { storage.allocatedBytes(); })
+    for (const Object* object : objects_)
+      memory.text += static_cast<std::int64_t>(object->storage.allocatedBytes());
+  memory.lines = static_cast<std::int64_t>(
+      sizeof *this + starts_.allocatedBytes() + objects_.capacity() * sizeof(Object*) +
+      objects_.size() * sizeof(Object) + pieces_.capacity() * sizeof(Piece) +
+      dropped_.capacity() * sizeof(Object*));
+  return memory;
+}
+
 } // namespace velmar

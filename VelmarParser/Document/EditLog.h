@@ -30,6 +30,10 @@ public:
 
   /// Whether it is time to let all layers catch up and then to `forget`.
   [[nodiscard]] bool isLong() const noexcept { return edits_.size() >= 256; }
+  /// What lies outside of the object.
+  [[nodiscard]] std::size_t allocatedBytes() const noexcept {
+    return edits_.capacity() * sizeof(Edit);
+  }
   void forget() noexcept {
     forgotten_ += edits_.size();
     edits_.clear();

@@ -18,6 +18,7 @@
 
 #include "VelmarCore/Text/RangeSet.h"
 #include "VelmarCore/Text/UTF16LineArray.h"
+#include "VelmarParser/Document/DocumentMemory.h"
 #include "VelmarParser/Document/EditLog.h"
 #include "VelmarParser/Document/EditTimes.h"
 #include "VelmarParser/Document/LayerImpl.h"
@@ -71,6 +72,9 @@ public:
   /// the document. Without one, which is how a document begins, no clock is read.
   using EditObserver = std::function<void(const EditTimes& times)>;
   void setEditObserver(EditObserver observer) { editObserver_ = std::move(observer); }
+
+  /// What the document takes at this moment. O(lines + nodes + layers).
+  [[nodiscard]] DocumentMemory memory() const;
 
   /// The document's text, with all that it can answer.
   [[nodiscard]] const DocumentText& text() const noexcept { return lines_; }

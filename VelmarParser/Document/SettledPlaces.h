@@ -63,6 +63,12 @@ public:
   /// Whether each combined sublayer still has its first place for itself, by which it is found.
   [[nodiscard]] bool isStillSettled() const;
 
+  /// What lies outside of the object.
+  [[nodiscard]] std::size_t allocatedBytes() const noexcept {
+    return ranges_.capacity() * sizeof(TextRange) + kinds_.capacity() * sizeof(Kind) +
+           combined_.capacity() * sizeof(LayerPtr);
+  }
+
 private:
   /// What kind of place it is: that of a simple sublayer, or the first or a further one of the
   /// combined sublayer with a certain index.

@@ -79,6 +79,29 @@ TEST(DocumentMemory, ALayerTakesFewBytesForEachUnitBesideItsTree) {
   std::cout << perUnit << " bytes for each unit, and "
             << static_cast<double>(tree) / static_cast<double>(text.size()) << " of the tree\n";
   EXPECT_LE(perUnit, 5.5);
+
+  const DocumentMemory memory = document.memory();
+  EXPECT_GE(memory.text, std::ssize(text) * 2);
+  EXPECT_LE(memory.keystrokes, 100);
+  // The allocator adds its own to each block.
+  EXPECT_LE(memory.trees, static_cast<std::int64_t>(tree));
+  EXPECT_GE(memory.trees, static_cast<std::int64_t>(tree) * 8 / 10);
+  EXPECT_LE(memory.total(), static_cast<std::int64_t>(taken));
+  EXPECT_GE(memory.total(), static_cast<std::int64_t>(taken) * 8 / 10);
+}
+
+TEST(DocumentMemory, WhatIsKeptForKeystrokesTakesLessThanAByteForEachUnit) {
+  std::u16string text;
+  for (int i = 0; i < 200; ++i)
+    text += u"Some words about *this*, then:\n\n```js\nlet a = `${b}`;\n```\n\n";
+  Parse document(PackLanguages::shared().configuration("markdown"));
+  document.replaceSubrange({0, 0}, text);
+  for (std::int64_t i = 0; i < 20; ++i) // some layers don't hear of these yet
+    document.replaceSubrange({i, i}, u"x");
+  const DocumentMemory memory = document.memory();
+  ASSERT_GE(document.layers().size(), 400U);
+  EXPECT_GT(memory.keystrokes, 1'000);
+  EXPECT_LE(memory.keystrokes, document.count());
 }
 
 } // namespace
