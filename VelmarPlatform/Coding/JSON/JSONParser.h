@@ -4,6 +4,7 @@
 
 #include "VelmarPlatform/Coding/JSON/JSONWord.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string_view>
@@ -13,16 +14,19 @@ namespace velmar::detail {
 /// For one text and one call of `parse`.
 class JSONParser {
 public:
+  static constexpr std::size_t maximumDepth = 512;
+
   /// `words` must have room for `greatestWordCount(text.size())`.
   JSONParser(std::string_view text, JSONWord* words);
 
-  /// The most words that a text of so many bytes can need.
-  static constexpr std::size_t greatestWordCount(std::size_t bytes) { return (bytes + 1) / 2 + 1; }
+  /// The most words that a text of so many bytes can need: half as many; and then one for each two
+  /// brackets that are never closed, of a text that is refused in the end.
+  static constexpr std::size_t greatestWordCount(std::size_t bytes) {
+    return (bytes + std::min(bytes, maximumDepth)) / 2 + 2;
+  }
 
   /// How many words there are. Throws DecodingError.
   std::size_t parse();
-
-  static constexpr std::size_t maximumDepth = 512;
 
 private:
   /// An array or object whose end isn't reached: its word, and what is in it so far.

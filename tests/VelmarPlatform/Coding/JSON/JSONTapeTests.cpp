@@ -316,6 +316,15 @@ TEST(JSONTape, TakesAtMostFourBytesForEachOfTheText) {
   EXPECT_LE(JSONTape(deep).byteCount(), 4 * 1024 + 16);
 }
 
+TEST(JSONTape, HasRoomForWhatIsNeverClosed) {
+  constexpr int most = 40;
+  for (const std::string_view piece :
+       {"[", "{\"\":", "[{\"\":[", "[0,", "[1.5,[", "[\"\\n\",{\"\":"})
+    for (int count = 1; count < most; ++count)
+      for (const std::string_view end : {"", "{}", "0", "\"", "="})
+        EXPECT_NE(refusal(repeated(piece, count) + std::string(end)), "");
+}
+
 /// Runs `perform` on a thread with a stack of 256 KB.
 void onSmallStack(const std::function<void()>& perform) {
   constexpr std::size_t stackSize = 256 * 1024;
