@@ -9,6 +9,7 @@
 #include "host/LanguagesCommand.h"
 #include "host/MemoryCommand.h"
 #include "host/OutlineCommand.h"
+#include "host/PeerCommand.h"
 #include "host/ReplayCommand.h"
 #include "host/ShowCommand.h"
 #include "host/ShrinkCommand.h"
@@ -149,7 +150,8 @@ std::span<const Command> commands() {
       showCommand(),     explainCommand(),  treeCommand(),   outlineCommand(), foldsCommand(),
       tagsCommand(),     bracketsCommand(), wordsCommand(),  colorsCommand(),  proseCommand(),
       completeCommand(), indentCommand(),   replayCommand(), shrinkCommand(),  languagesCommand(),
-      memoryCommand(),   envCommand(),      whichCommand(),  execCommand()};
+      memoryCommand(),   peerCommand(),     playCommand(),   envCommand(),     whichCommand(),
+      execCommand()};
   return all;
 }
 

@@ -1,5 +1,6 @@
 #include "host/CommandLine.h"
 
+#include "host/PeerFaults.h"
 #include "tests/host/RunHost.h"
 
 #include <gmock/gmock.h>
@@ -170,6 +171,14 @@ TEST(Output, StylesReachATerminalAlone) {
   styled.write("x", Style::error);
   styled.write("y", Style::plain);
   EXPECT_EQ(styled.text(), "\x1b[1;31mx\x1b[0my");
+}
+
+TEST(PeerCommand, NamesItsFaults) {
+  const auto list = runHost({"peer", "--list"});
+  EXPECT_EQ(list.exitCode, 0);
+  for (const host::PeerFault& fault : host::peerFaults())
+    EXPECT_THAT(list.output, HasSubstr(fault.name));
+  EXPECT_THAT(runHost({"peer", "slience"}).errors, HasSubstr("did you mean “silence”?"));
 }
 
 } // namespace
