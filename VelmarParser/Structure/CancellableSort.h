@@ -27,8 +27,10 @@ void sortInOrder(std::vector<Element>& elements, ToRange range, ToPriority prior
   };
   std::vector<Key> keys;
   keys.reserve(elements.size());
-  for (const Element& element : elements)
+  for (const Element& element : elements) {
+    ticks.step();
     keys.push_back({std::invoke(range, element), std::invoke(priority, element), keys.size()});
+  }
   const auto before = [&](const Key& left, const Key& right) {
     ticks.step();
     const auto compared = RangeComparator<std::int64_t>().compare(left.range, right.range);

@@ -1,6 +1,7 @@
 #include "VelmarParser/Structure/CommentReader.h"
 
 #include "VelmarParser/Query/NodeText.h"
+#include "VelmarParser/Structure/CancellableAppend.h"
 #include "VelmarParser/Structure/StructureKeys.h"
 #include "VelmarPlatform/Unicode/Characters.h"
 #include "VelmarPlatform/Unicode/UTF.h"
@@ -129,7 +130,7 @@ void CommentReader::addFold(std::int64_t lower, std::int64_t upper) {
   if (!region)
     return;
   region->attributes.set<StructureAttributes::FoldRole>(CodeFoldingRegion::Role::comment);
-  folds_.push_back(*std::move(region));
+  append(*std::move(region), folds_, ticks_);
 }
 
 void CommentReader::readBookmark(const Comment& comment) {
@@ -175,7 +176,7 @@ void CommentReader::addBookmark(const Comment& comment, Units content) {
   bookmark.nameRange = {start, start + std::ssize(name)};
   bookmark.name = utf8RepairingUTF16(name);
   bookmark.languageID = layer_.configuration().id();
-  bookmarks_.push_back(std::move(bookmark));
+  append(std::move(bookmark), bookmarks_, ticks_);
 }
 
 } // namespace velmar

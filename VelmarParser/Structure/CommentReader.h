@@ -32,9 +32,9 @@ public:
   /// Throws CancellationError.
   void read();
 
-  [[nodiscard]] std::vector<CodeSymbol> takeBookmarks() { return std::move(bookmarks_).take(); }
+  [[nodiscard]] DisposedVector<CodeSymbol> takeBookmarks() { return std::move(bookmarks_); }
   /// Each with the role of a comment; in no order.
-  [[nodiscard]] std::vector<ScopingRegion> takeFolds() { return std::move(folds_).take(); }
+  [[nodiscard]] DisposedVector<ScopingRegion> takeFolds() { return std::move(folds_); }
 
 private:
   /// A run of lines that hold nothing but a line comment each, except for the first.

@@ -1,5 +1,6 @@
 #include "VelmarParser/Structure/ScopingRegions.h"
 
+#include "VelmarParser/Structure/CancellableAppend.h"
 #include "VelmarParser/Structure/CancellableSort.h"
 #include "VelmarParser/Structure/DisposedVector.h"
 
@@ -26,10 +27,10 @@ ScopingRegion startOf(ScopingCandidate&& candidate) {
 /// that is asked; the other finds it gone later. So an end costs no search.
 class WaitingStarts {
 public:
-  void push(ScopingRegion start) {
+  void push(ScopingRegion start, CancellationTicks& ticks) {
     all_.push_back(starts_.size());
     byLevel_[start.level].push_back(starts_.size());
-    starts_.push_back(std::move(start));
+    append(std::optional(std::move(start)), starts_, ticks);
   }
 
   /// Takes out the last start of that level, or of any for level 0; absent if there is none.
@@ -41,10 +42,11 @@ public:
   }
 
   /// Those that are left and run on without an end.
-  void moveExtendedTo(std::vector<ScopingRegion>& regions) {
+  void moveExtendedTo(DisposedVector<ScopingRegion>& regions, CancellationTicks& ticks) {
     for (auto& start : starts_) {
+      ticks.step();
       if (start && start->isIncomplete)
-        regions.push_back(std::move(*start));
+        append(*std::move(start), regions, ticks);
     }
   }
 
@@ -59,7 +61,7 @@ private:
     return std::nullopt;
   }
 
-  std::vector<std::optional<ScopingRegion>> starts_; // in order of arrival
+  DisposedVector<std::optional<ScopingRegion>> starts_; // in order of arrival
   std::vector<std::size_t> all_;
   std::map<std::int64_t, std::vector<std::size_t>> byLevel_;
 };
@@ -82,26 +84,28 @@ public:
       add(std::move(candidate));
     }
     for (auto& [group, starts] : groups_)
-      starts.moveExtendedTo(regions_);
+      starts.moveExtendedTo(regions_, ticks_);
     sortInOrder(regions_, &ScopingRegion::range, ticks_);
-    if (std::ranges::any_of(regions_, &ScopingRegion::isIncomplete))
+    if (hasExtended_)
       extend();
     return std::move(regions_).take();
   }
 
 private:
   void add(ScopingCandidate&& candidate) {
+    hasExtended_ = hasExtended_ || candidate.isExtended;
     switch (candidate.span.kind()) {
     case Kind::range:
-      regions_.push_back({.range = candidate.span.range(),
-                          .level = candidate.level,
-                          .attributes = std::move(candidate.attributes)});
+      append(ScopingRegion{.range = candidate.span.range(),
+                           .level = candidate.level,
+                           .attributes = std::move(candidate.attributes)},
+             regions_, ticks_);
       return;
     case Kind::start:
       if (candidate.group)
-        groups_[*candidate.group].push(startOf(std::move(candidate)));
+        groups_[*candidate.group].push(startOf(std::move(candidate)), ticks_);
       else if (candidate.isExtended)
-        regions_.push_back(startOf(std::move(candidate)));
+        append(startOf(std::move(candidate)), regions_, ticks_);
       else
         pending_ = startOf(std::move(candidate));
       return;
@@ -127,7 +131,7 @@ private:
     start.range = *range;
     start.isIncomplete = false;
     start.attributes.add(end.attributes);
-    regions_.push_back(std::move(start));
+    append(std::move(start), regions_, ticks_);
   }
 
   /// Gives the regions that have no end theirs, and drops those of which nothing is left.
@@ -204,6 +208,7 @@ private:
   std::optional<ScopingRegion> pending_; // of those without a group, only the last can be ended
   std::map<std::string, WaitingStarts, std::less<>> groups_;
   DisposedVector<ScopingRegion> regions_;
+  bool hasExtended_ = false; // at first; an end may have come since
 };
 
 } // namespace

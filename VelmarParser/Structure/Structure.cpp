@@ -1,6 +1,7 @@
 #include "VelmarParser/Structure/Structure.h"
 
 #include "VelmarCore/Text/TextTrimming.h"
+#include "VelmarParser/Structure/CancellableAppend.h"
 #include "VelmarParser/Structure/CancellableSort.h"
 #include "VelmarParser/Structure/CommentReader.h"
 #include "VelmarParser/Structure/DisposedVector.h"
@@ -24,6 +25,12 @@ struct Candidates {
   DisposedVector<ScopingCandidate> symbols;
 };
 
+/// A layer's Structure in the making.
+struct Found {
+  DisposedVector<CodeSymbol> symbols;
+  DisposedVector<CodeFoldingRegion> folds;
+};
+
 std::optional<ScopingCandidate> foldCandidateFor(const QueryMatches::Element& match,
                                                  const DocumentText& text) {
   auto candidate = scopingCandidateFor(match, text, true);
@@ -33,12 +40,6 @@ std::optional<ScopingCandidate> foldCandidateFor(const QueryMatches::Element& ma
   candidate->attributes.set<FoldRole>(role ? std::optional(CodeFoldingRegion::Role(role->text()))
                                            : std::nullopt);
   return candidate;
-}
-
-template <class Element>
-void append(std::vector<Element>&& more, std::vector<Element>& elements) {
-  elements.insert(elements.end(), std::make_move_iterator(more.begin()),
-                  std::make_move_iterator(more.end()));
 }
 
 /// A name as one line. Most are one already, and plain.
@@ -89,6 +90,12 @@ public:
   explicit StructureReader(const CancellationToken& token) : token_(token), ticks_(&token) {}
 
   Structure structureOf(const Parse::Layer& layer) {
+    Found found = foundIn(layer);
+    return {.symbols = std::move(found.symbols).take(), .folds = std::move(found.folds).take()};
+  }
+
+private:
+  Found foundIn(const Parse::Layer& layer) {
     const ParseConfiguration& configuration = layer.configuration();
     const StructureQueries queries =
         layer.parse().withErrorHandling([] { return std::string_view("structure"); }, configuration,
@@ -99,11 +106,11 @@ public:
     CommentReader comments(layer, pass_, ticks_);
     comments.read();
     Candidates candidates = candidatesOf(layer, *queries);
-    std::vector<Structure> sublayers;
+    std::vector<Found> sublayers;
     for (const Parse::Layer& sublayer : layer.sublayers()) {
-      Structure structure = structureOf(sublayer);
-      if (!structure.symbols.empty() || !structure.folds.empty())
-        sublayers.push_back(std::move(structure));
+      Found found = foundIn(sublayer);
+      if (!found.symbols.empty() || !found.folds.empty())
+        sublayers.push_back(std::move(found));
     }
     // The outline of a sublayer stands in its place, so these come last.
     return {.symbols = symbolsOf(layer, std::move(candidates.symbols).take(),
@@ -112,17 +119,16 @@ public:
                              sublayers)};
   }
 
-private:
   Candidates candidatesOf(const Parse::Layer& layer, const QuerySet<ParseStructureKey>& queries) {
     Candidates found;
     if (queries.query()->patternCount() == 0)
       return found;
     const DocumentText& text = layer.parse().text();
     const SymbolReader reader(layer, pass_);
-    const auto add = [](std::optional<ScopingCandidate> candidate,
-                        std::vector<ScopingCandidate>& candidates) {
+    const auto add = [&](std::optional<ScopingCandidate> candidate,
+                         DisposedVector<ScopingCandidate>& candidates) {
       if (candidate)
-        candidates.push_back(*std::move(candidate));
+        append(*std::move(candidate), candidates, ticks_);
     };
     for (const QueryMatches::Element& match :
          QueryMatches(queries.query(), layer.root(), {0, text.count()}, text, {}, &pass_)
@@ -143,20 +149,19 @@ private:
     return found;
   }
 
-  std::vector<CodeFoldingRegion> foldsOf(const Parse::Layer& layer,
-                                         std::vector<ScopingCandidate> candidates,
-                                         std::vector<ScopingRegion> comments,
-                                         const std::vector<Structure>& sublayers) {
+  DisposedVector<CodeFoldingRegion> foldsOf(const Parse::Layer& layer,
+                                            std::vector<ScopingCandidate> candidates,
+                                            DisposedVector<ScopingRegion> comments,
+                                            const std::vector<Found>& sublayers) {
     DisposedVector<ScopingRegion> regions(
         scopingRegionsFor(layer.parse().text(), std::move(candidates),
                           {.enforceMultiline = true, .cancel = &token_}));
-    append(std::move(comments), regions);
-    for (const Structure& structure : sublayers) {
-      for (const CodeFoldingRegion& fold : structure.folds) {
-        ticks_.step();
+    append(std::move(comments), regions, ticks_);
+    for (const Found& found : sublayers) {
+      for (const CodeFoldingRegion& fold : found.folds) {
         ScopingRegion region{.range = fold.range};
         region.attributes.set<FoldRole>(fold.role);
-        regions.push_back(std::move(region));
+        append(std::move(region), regions, ticks_);
       }
     }
     sortInOrder(regions, &ScopingRegion::range, ticks_);
@@ -174,13 +179,13 @@ private:
                        .level = std::ssize(enclosing)});
       enclosing.push_back(region.range);
     }
-    return std::move(folds).take();
+    return folds;
   }
 
-  std::vector<CodeSymbol> symbolsOf(const Parse::Layer& layer,
-                                    std::vector<ScopingCandidate> candidates,
-                                    std::vector<CodeSymbol> bookmarks,
-                                    std::vector<Structure>& sublayers) {
+  DisposedVector<CodeSymbol> symbolsOf(const Parse::Layer& layer,
+                                       std::vector<ScopingCandidate> candidates,
+                                       DisposedVector<CodeSymbol> bookmarks,
+                                       std::vector<Found>& sublayers) {
     const DisposedVector<ScopingRegion> regions(
         scopingRegionsFor(layer.parse().text(), std::move(candidates), {.cancel = &token_}));
     DisposedVector<CodeSymbol> symbols;
@@ -190,11 +195,11 @@ private:
       if (auto symbol = symbolOf(region, layer.configuration().id()))
         symbols.push_back(*std::move(symbol));
     }
-    append(std::move(bookmarks), symbols);
-    for (Structure& structure : sublayers)
-      append(std::move(structure.symbols), symbols);
+    append(std::move(bookmarks), symbols, ticks_);
+    for (Found& found : sublayers)
+      append(std::move(found.symbols), symbols, ticks_);
     sortInOrder(symbols, &CodeSymbol::range, ticks_);
-    return std::move(symbols).take();
+    return symbols;
   }
 
   const CancellationToken& token_;
