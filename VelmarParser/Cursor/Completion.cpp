@@ -12,8 +12,6 @@ namespace velmar {
 
 namespace {
 
-using Predicates = Query::ByPattern<CompletionFilterPredicate>;
-
 constexpr std::string_view providerPrefix = "provider.";
 
 /// The names that the cursor must be in.
@@ -126,9 +124,9 @@ bool matchesCompletionQuery(const Parse::Layer& layer, const std::shared_ptr<con
   const auto root = layer.root();
   if (parse.isEmpty() || !root)
     return false;
-  const auto predicates =
-      parse.withErrorHandling([] { return std::string("predicates"); }, layer.configuration(),
-                              [&] { return query->customPredicates<CompletionFilterPredicate>(); });
+  const auto predicates = parse.withErrorHandling(
+      [] { return std::string("predicates"); }, layer.configuration(),
+      [&] { return &query->customPredicates<CompletionFilterPredicate>(); });
   if (!predicates)
     return false;
   RegularExpressionPass pass;

@@ -18,10 +18,12 @@
 #include "VelmarParser/Query/QueryError.h"
 #include "VelmarParser/Query/QueryPredicate.h"
 #include "VelmarParser/Query/QueryPredicates.h"
+#include "VelmarPlatform/Basics/LockedState.h"
 
 #include <tree_sitter/api.h>
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -98,10 +100,10 @@ public:
     return otherPredicates_;
   }
 
-  /// The predicates of a family that the engine doesn't know, by pattern. Throws what `P` throws
-  /// first.
+  /// The predicates of a family that the engine doesn't know, by pattern. Read on first use and
+  /// kept with the query; any thread. Throws what `P` throws first, each time.
   template <QueryPredicate P>
-  [[nodiscard]] ByPattern<P> customPredicates() const;
+  [[nodiscard]] const ByPattern<P>& customPredicates() const;
 
   /// The runtime's matches in `node`, without a look at predicates. The query must outlive them.
   /// Needs "VelmarParser/Query/QueryMatch.h".
@@ -130,6 +132,12 @@ private:
   void readCaptures();
   void readPredicates(std::int64_t pattern);
   void add(std::int64_t pattern, std::vector<QueryPredicateArgument> arguments);
+  template <QueryPredicate P>
+  [[nodiscard]] ByPattern<P> readCustomPredicates() const;
+
+  /// One address for each family of predicates.
+  template <QueryPredicate P>
+  static constexpr char familyMark = 0;
 
   std::string text_;
   std::shared_ptr<const Grammar> grammar_; // outlives `base_`, which reads its tables
@@ -141,6 +149,8 @@ private:
   ByPattern<QueryPredicates::Property> propertyPredicates_;
   ByPattern<QueryPredicates::CaptureTransform> captureTransformPredicates_;
   ByPattern<OtherPredicate> otherPredicates_;
+  /// By the mark of their family.
+  mutable LockedState<std::map<const void*, std::shared_ptr<const void>>> customPredicates_;
 };
 
 /// One pattern of a query, which must outlive it.
@@ -215,7 +225,17 @@ inline Query::Patterns Query::patterns() const {
 }
 
 template <QueryPredicate P>
-Query::ByPattern<P> Query::customPredicates() const {
+const Query::ByPattern<P>& Query::customPredicates() const {
+  return customPredicates_.withLock([&](auto& families) -> const ByPattern<P>& {
+    auto& family = families[&familyMark<P>];
+    if (!family)
+      family = std::make_shared<const ByPattern<P>>(readCustomPredicates<P>());
+    return *static_cast<const ByPattern<P>*>(family.get());
+  });
+}
+
+template <QueryPredicate P>
+Query::ByPattern<P> Query::readCustomPredicates() const {
   ByPattern<P> result(otherPredicates_.size());
   for (std::size_t pattern = 0; pattern < otherPredicates_.size(); ++pattern) {
     for (const OtherPredicate& other : otherPredicates_[pattern]) {

@@ -334,7 +334,8 @@ TEST(Query, ReadsPredicatesOfOtherFamiliesWhenAsked) {
   const Query query("(null) ((number) @n (#cursor-in? @n) (#eq? @n \"1\") (#elsewhere! @n) "
                     "(#not-cursor-in? @n @n))",
                     grammar);
-  const auto predicates = query.customPredicates<CursorIn>();
+  const auto& predicates = query.customPredicates<CursorIn>();
+  EXPECT_EQ(&query.customPredicates<CursorIn>(), &predicates);
   ASSERT_EQ(predicates.size(), 2U);
   EXPECT_TRUE(predicates[0].empty());
   ASSERT_EQ(predicates[1].size(), 2U);
