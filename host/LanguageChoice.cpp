@@ -2,6 +2,7 @@
 
 #include "VelmarPlatform/Unicode/UTF.h"
 #include "host/Command.h"
+#include "host/HeaderLanguage.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -12,6 +13,10 @@ namespace {
 
 /// The units of a first line that an interpreter could be named in.
 constexpr std::int64_t longestInterpreterLine = 256;
+
+bool isAmong(const LanguageID& id, const std::vector<const Language*>& detected) {
+  return std::ranges::find(detected, id, &Language::id) != detected.end();
+}
 
 } // namespace
 
@@ -31,8 +36,12 @@ const Language& languageFor(const SourceText& source, std::optional<std::string_
   const std::int64_t length =
       std::min(source.text->rangeOfLine(0).length(), longestInterpreterLine);
   const std::string firstLine = utf8RepairingUTF16(source.text->substringFor({0, length}));
-  if (const Language* detected = languageOf(source.filename, firstLine))
-    return *detected;
+  const auto detected = languagesOf(source.filename, firstLine);
+  if (detected.size() > 1 && isAmong(LanguageID::cPlusPlus, detected) &&
+      isCPlusPlusHeader(*source.text))
+    return languageWanted(LanguageID::cPlusPlus.rawValue);
+  if (!detected.empty())
+    return *detected.front();
   throw Error(
       fmt::format("Could not tell the language of {}; name it with --language.", source.name));
 }

@@ -13,8 +13,9 @@ namespace velmar::host {
 /// The language of that name or alias. Throws UsageError, with a suggestion, if there is none.
 [[nodiscard]] const Language& languageWanted(std::string_view name);
 
-/// The language that the user names, or that the file's name or first line speaks for. Throws
-/// UsageError for a name that there isn't, and Error where nothing speaks for any.
+/// The language that the user names, or that the file's name or first line speaks for; a ".h" is C
+/// unless its text can only be C++. Throws UsageError for a name that there isn't, and Error where
+/// nothing speaks for any.
 [[nodiscard]] const Language& languageFor(const SourceText& source,
                                           std::optional<std::string_view> wanted);
 

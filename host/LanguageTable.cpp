@@ -50,9 +50,9 @@ LanguageSyntax hashes(std::optional<std::string> identifierCharacters = std::nul
   return syntaxOf("#", std::nullopt, std::move(identifierCharacters));
 }
 
+/// Its tags aren't brackets: they never nest, and the "<" of "1 < 2" would open one for good.
 LanguageSyntax markup() {
-  return syntaxOf(std::nullopt, {{.prefix = "<!--", .suffix = "-->"}},
-                  "-:", {{U'<', U'>'}, {U'(', U')'}, {U'[', U']'}, {U'{', U'}'}});
+  return syntaxOf(std::nullopt, {{.prefix = "<!--", .suffix = "-->"}}, "-:");
 }
 
 // clang-format off: a row reads best as it is written.
@@ -64,7 +64,7 @@ std::vector<Row> rows() {
       {.id = ID::cmake, .grammar = cmake, .extensions = {"cmake", "cmake.in"}, .filenames = {"CMakeLists.txt"},
        .syntax = syntaxOf("#", {{.prefix = "#[[", .suffix = "]]"}})},
       {.id = ID::cPlusPlus, .grammar = cpp,
-       .extensions = {"cpp", "cc", "cxx", "c++", "C", "hpp", "hh", "hxx", "h++", "H", "ipp", "inl", "inl.h", "tpp", "ixx",
+       .extensions = {"cpp", "cc", "cxx", "c++", "C", "h", "hpp", "hh", "hxx", "h++", "H", "ipp", "inl", "inl.h", "tpp", "ixx",
                       "cppm"},
        .aliases = {"c++", "cplusplus", "cxx", "hpp"}, .syntax = slashes()},
       {.id = ID::cSharp, .grammar = csharp, .extensions = {"cs", "csx"}, .interpreters = {"dotnet-script"},
@@ -218,23 +218,31 @@ const Language* languageNamed(std::string_view name) {
   return nullptr;
 }
 
-const Language* languageOf(std::optional<std::string_view> filename, std::string_view text) {
-  const Language* best = nullptr;
+std::vector<const Language*> languagesOf(std::optional<std::string_view> filename,
+                                         std::string_view text) {
+  std::vector<const Language*> best;
   Confidence highest = Confidence::failed;
   const auto consider = [&](std::optional<std::string_view> name) {
     for (const Language& language : languages()) {
       const Confidence claim = claimOf(language, text, name);
       if (claim > highest) {
         highest = claim;
-        best = &language;
+        best.clear();
       }
+      if (claim > Confidence::failed && claim == highest)
+        best.push_back(&language);
     }
   };
   consider(filename);
   // Rules are strict about letter case: "README.MD" gets a second chance.
-  if (!best && filename)
+  if (best.empty() && filename)
     consider(lowercased(*filename));
   return best;
+}
+
+const Language* languageOf(std::optional<std::string_view> filename, std::string_view text) {
+  const auto best = languagesOf(filename, text);
+  return best.empty() ? nullptr : best.front();
 }
 
 } // namespace velmar::host

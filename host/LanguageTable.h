@@ -33,11 +33,16 @@ struct Language {
 /// The language with that identifier or alias, letter case aside; null if there is none.
 [[nodiscard]] const Language* languageNamed(std::string_view name);
 
-/// The language that a file of that name, with that text, is most likely in; null if nothing speaks
-/// for any. The name may be absent, and of the text the first line is enough.
+/// The languages that a file of that name, with that text, is most likely in: one, or those that
+/// share an extension, or none if nothing speaks for any. In the order of the table. The name may
+/// be absent, and of the text the first line is enough.
 ///
 /// The whole file name counts most, then the compound extension, the extension, and the interpreter
 /// line.
+[[nodiscard]] std::vector<const Language*> languagesOf(std::optional<std::string_view> filename,
+                                                       std::string_view text);
+
+/// The first of these; null if there is none.
 [[nodiscard]] const Language* languageOf(std::optional<std::string_view> filename,
                                          std::string_view text);
 

@@ -1,5 +1,7 @@
 #include "host/LanguageTable.h"
 
+#include "host/LanguageChoice.h"
+
 #include <gtest/gtest.h>
 
 #include <map>
@@ -63,6 +65,43 @@ INSTANTIATE_TEST_SUITE_P(Cases, LanguageNamed,
                                            NamedCase{"c_sharp", "csharp"},
                                            NamedCase{"html+erb", "html+erb"},
                                            NamedCase{"sonnet", ""}, NamedCase{"", ""}));
+
+struct HeaderCase {
+  const char* name;
+  std::string text;
+  std::string language;
+};
+class HeaderLanguage : public ::testing::TestWithParam<HeaderCase> {};
+
+TEST_P(HeaderLanguage, IsCUnlessOnlyCPlusPlusCanBeMeant) {
+  SourceText source{.name = "“shape.h”",
+                    .filename = "shape.h",
+                    .text = std::make_unique<DocumentText>(),
+                    .notes = {}};
+  source.text->replaceSubrange({0, 0}, GetParam().text);
+  EXPECT_EQ(languageFor(source, std::nullopt).id.rawValue, GetParam().language);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Cases, HeaderLanguage,
+    ::testing::Values(
+        HeaderCase{"Empty", "", "c"},
+        HeaderCase{"Plain", "#include <math.h>\nstruct P { int x; };\nint f(struct P*);\n", "c"},
+        HeaderCase{"WordsInComments", "/* class A {\n  namespace b {} */\nint f(void);\n", "c"},
+        HeaderCase{"WordsInStrings", "static const char* a = \"class A {};\";\n", "c"},
+        HeaderCase{"BothLanguages",
+                   "#ifdef __cplusplus\n#include <cstdint>\nextern \"C\" {\n#endif\nint f(void);\n"
+                   "#ifdef __cplusplus\n}\n#endif\n",
+                   "c"},
+        HeaderCase{"WithAnOfferToCPlusPlus",
+                   "int f(void);\n#if defined(__cplusplus)\nnamespace a { class B; }\n#endif\n",
+                   "c"},
+        HeaderCase{"Class", "class A;\n", "cpp"},
+        HeaderCase{"Guarded", "#ifndef A_H\n#define A_H\nnamespace a {\nint f();\n}\n#endif\n",
+                   "cpp"},
+        HeaderCase{"Template", "template <class T> T f(T);\n", "cpp"},
+        HeaderCase{"Reference", "int f(const int& a);\n", "cpp"},
+        HeaderCase{"StandardHeader", "#pragma once\n#include <vector>\n", "cpp"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(LanguageTable, EveryGrammarHasALanguage) {
   std::set<Grammar::BuiltIn> used;
