@@ -172,6 +172,13 @@ TEST_F(CursorServices, BracketsOfAnInnerLayerStandInOrder) {
   document->checkInvariants();
 }
 
+TEST_F(CursorServices, BracketsGoOnThroughACombinedLayer) {
+  open("html", {{Category::injections, R"(((raw_text) @injection.content
+           (#set! "injection.language" "javascript") (#set! "injection.combined")))"}},
+       u"<script>(a</script>)<script>b)</script>");
+  EXPECT_THAT(depths(), ElementsAre("(8 )29 "));
+}
+
 // Words.
 
 struct WordsCase {
