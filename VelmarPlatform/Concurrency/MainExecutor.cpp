@@ -78,13 +78,14 @@ bool MainExecutor::runUntil(const std::function<bool()>& predicate,
   for (;;) {
     if (predicate())
       return true;
-    if (detail::Job* job = removeFirst()) {
+    detail::Job* const job = removeFirst();
+    if (job != nullptr)
       runJob(*job);
-      continue;
-    }
     const auto now = std::chrono::steady_clock::now();
     if (now >= deadline)
-      return false;
+      return predicate();
+    if (job != nullptr)
+      continue;
     std::unique_lock lock(mutex_);
     wake_.wait_until(
         lock, std::min<std::chrono::steady_clock::time_point>(deadline, now + predicateInterval),

@@ -37,7 +37,8 @@ public:
   std::size_t runReady() noexcept;
 
   /// Runs jobs, and waits for more, until `predicate` holds: true. Or until `limit` has passed:
-  /// false. The predicate is asked before the first job, after each, and every few milliseconds.
+  /// false, also if there are always more jobs; one is run in any case. The predicate is asked
+  /// before the first job, after each, and every few milliseconds.
   [[nodiscard]] bool runUntil(const std::function<bool()>& predicate,
                               std::chrono::nanoseconds limit);
 

@@ -229,7 +229,20 @@ TEST(MainExecutor, RunUntilStopsAtThePredicate) {
   EXPECT_TRUE(mainExecutor().runUntil([&] { return count == 3; }, std::chrono::minutes(1)));
   EXPECT_EQ(count, 3);
   EXPECT_FALSE(mainExecutor().runUntil(never, atOnce));
-  EXPECT_EQ(count, 5);
+  EXPECT_EQ(count, 4);
+  EXPECT_TRUE(mainExecutor().runUntil([&] { return count == 5; }, atOnce));
+}
+
+TEST(MainExecutor, RunUntilStopsAtTheLimitThoughThereIsAlwaysMore) {
+  bool goesOn = true;
+  std::function<void()> again = [&] {
+    if (goesOn)
+      mainExecutor().post(again);
+  };
+  again();
+  EXPECT_FALSE(mainExecutor().runUntil(never, std::chrono::milliseconds(1)));
+  goesOn = false;
+  mainExecutor().runReady();
 }
 
 TEST(MainExecutor, RunsJobsOfOtherThreadsOnItsOwn) {
