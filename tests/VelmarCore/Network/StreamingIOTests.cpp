@@ -8,8 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
+#include <fcntl.h>
 #include <limits>
 #include <string>
+#include <unistd.h>
 
 namespace velmar {
 namespace {
@@ -73,6 +77,42 @@ TEST(StreamingIO, GivesLessAtTheEndAndThenNothing) {
     EXPECT_EQ(textOf(co_await stream->read(10)), "end");
     EXPECT_EQ(textOf(co_await stream->read(0)), "end");
   });
+}
+
+/// Puts a descriptor in the place of one of the process's own as long as it exists.
+class Replaced {
+public:
+  Replaced(int number, const FileDescriptor& by) : number_(number), before_(::dup(number)) {
+    ::dup2(by.number(), number);
+  }
+  Replaced(const Replaced&) = delete;
+  Replaced& operator=(const Replaced&) = delete;
+  ~Replaced() { ::dup2(before_.number(), number_); }
+
+private:
+  int number_;
+  FileDescriptor before_;
+};
+
+TEST(StreamingIO, StandardStreamsAreReadAndWrittenAndStayAsTheyAre) {
+  std::fflush(stdout); // what gtest has said so far isn't ours
+  Pipe input = Pipe::make();
+  Pipe output = Pipe::make();
+  const Replaced standardInput(STDIN_FILENO, input.readingEnd);
+  const Replaced standardOutput(STDOUT_FILENO, output.writingEnd);
+  run([&]() -> Task<void> {
+    auto stream = StreamingIO::standardIO();
+    EXPECT_EQ(::write(input.writingEnd.number(), "ask", 3), 3);
+    EXPECT_EQ(textOf(co_await stream->read(3)), "ask");
+    co_await stream->write(bytes("answer"));
+    stream.reset();
+  });
+  std::array<char, 16> answer{};
+  EXPECT_EQ(::read(output.readingEnd.number(), answer.data(), answer.size()), 6);
+  EXPECT_EQ(std::string_view(answer.data()), "answer");
+  // Still open, and whoever shares them finds them blocking as before.
+  for (const int number : {STDIN_FILENO, STDOUT_FILENO})
+    EXPECT_EQ(::fcntl(number, F_GETFL) & O_NONBLOCK, 0) << number;
 }
 
 TEST(StreamingIO, TakesNoMemoryForBytesThatDoNotCome) {
