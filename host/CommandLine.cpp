@@ -6,6 +6,7 @@
 #include "host/EnvCommand.h"
 #include "host/ExecCommand.h"
 #include "host/ExplainCommand.h"
+#include "host/Languages.h"
 #include "host/LanguagesCommand.h"
 #include "host/MemoryCommand.h"
 #include "host/OutlineCommand.h"
@@ -28,7 +29,8 @@ constexpr std::string_view exitCodes =
     "Exit codes: 0 done, 1 the input couldn’t be used, 2 the command line makes no sense.\n";
 
 std::string version() {
-  return fmt::format("velmar {} (grammars of ABI {} to {})\n", VELMAR_VERSION,
+  const AppBundleFacts facts = applicationFacts();
+  return fmt::format("{} {} (grammars of ABI {} to {})\n", *facts.name, *facts.versionString,
                      Grammar::oldestSupportedABIVersion.rawValue,
                      Grammar::newestSupportedABIVersion.rawValue);
 }
@@ -153,6 +155,10 @@ std::span<const Command> commands() {
       memoryCommand(),   peerCommand(),     playCommand(),   envCommand(),     whichCommand(),
       execCommand()};
   return all;
+}
+
+AppBundleFacts applicationFacts() {
+  return {.name = "velmar", .versionString = VELMAR_VERSION, .resourcesPath = dataFolder()};
 }
 
 ExitCode runCommandLine(std::span<const std::string> words, Streams& streams) {

@@ -1,6 +1,7 @@
 #include "host/ExecCommand.h"
 
 #include "VelmarCore/Operations.h"
+#include "VelmarPlatform/Basics/LockedState.h"
 #include "VelmarPlatform/Concurrency/MainExecutor.h"
 #include "VelmarPlatform/Concurrency/TaskGroup.h"
 #include "VelmarPlatform/Process/Subprocess.h"
@@ -12,6 +13,7 @@
 #include <chrono>
 #include <csignal>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -61,7 +63,8 @@ Task<void> pumpBoth(Subprocess::Execution& child, std::shared_ptr<OperationLogSt
   });
 }
 
-Task<void> runCommand(std::vector<std::string> words) {
+/// `kill` becomes what kills the command.
+Task<void> runCommand(std::vector<std::string> words, LockedState<std::function<void()>> kill) {
   const std::string description = descriptionOfCommand(words);
   const auto context = std::make_shared<FixedLogContext>();
   const auto stream = std::make_shared<OperationLogStream>(context, keptLines);
@@ -71,8 +74,10 @@ Task<void> runCommand(std::vector<std::string> words) {
       {.executable = Subprocess::Executable::name(program),
        .arguments = {words.begin() + 1, words.end()},
        .environment = SubprocessEnvironment::inherited()},
-      {.input = Subprocess::Connection::inherited},
-      [stream](Subprocess::Execution& child) { return pumpBoth(child, stream); });
+      {.input = Subprocess::Connection::inherited}, [stream, kill](Subprocess::Execution& child) {
+        kill.withLock([&](auto& body) { body = [child] { child.sendSignal(SIGKILL); }; });
+        return pumpBoth(child, stream);
+      });
   if (ended.wasTornDown)
     throw CancellationError();
   if (!ended.status.isSuccess())
@@ -103,22 +108,40 @@ int exitCodeOf(const Operation<void>& operation, int signal) {
   }
 }
 
-/// Runs the main executor for a period, or until the operation has ended: true. A program that
-/// never stops writing always leaves something to run, so the time is looked at between two jobs.
+/// What a signal does to the command.
+struct Interruption {
+  /// The last signal that has come, or 0.
+  std::atomic<int> signal = 0;
+  /// Kills the command and all that it started; empty as long as it doesn't run.
+  LockedState<std::function<void()>> kill;
+};
+
+/// Asks the command to end when the first signal comes, and kills it when the second does.
+Task<void> obey(Task<int> first, Task<int> second, std::shared_ptr<Operation<void>> operation,
+                std::shared_ptr<Interruption> interruption) {
+  interruption->signal = co_await std::move(first);
+  operation->cancel();
+  interruption->signal = co_await std::move(second);
+  if (const auto kill = interruption->kill.withLock([](const auto& body) { return body; }))
+    kill();
+}
+
+/// Runs the main executor for a period, or until the operation has ended: true.
 bool runForPeriod(const ObservableOperation& operation) {
-  const auto next = std::chrono::steady_clock::now() + period;
-  const auto isEnough = [&] {
-    return operation.isFinished() || std::chrono::steady_clock::now() >= next;
-  };
-  return mainExecutor().runUntil(isEnough, period) && operation.isFinished();
+  return mainExecutor().runUntil([&] { return operation.isFinished(); }, period);
 }
 
 /// Shows the operation until it has ended. If nobody looks any more, it is cancelled.
-void show(const std::shared_ptr<Operation<void>>& operation, Streams& streams) {
+void show(const std::shared_ptr<Operation<void>>& operation, const Interruption& interruption,
+          Streams& streams) {
   try {
     OperationView view(operation, streams);
-    while (!runForPeriod(*operation))
+    bool isToldToEnd = false;
+    while (!runForPeriod(*operation)) {
+      if (interruption.signal != 0 && !std::exchange(isToldToEnd, true))
+        view.addNote("The program was asked to end; the next signal kills it.");
       view.deliver();
+    }
     view.finish();
   } catch (...) { // writing failed, whatever way: it goes on when nothing is left behind
     operation->cancel();
@@ -132,17 +155,19 @@ void run(const Arguments& arguments, Streams& streams) {
   if (arguments.operands.empty())
     throw UsageError("“velmar exec” needs a command behind “--”.");
   const Interruptions interruptions;
-  const auto operation = Operation<void>::start([words = arguments.operands] {
-    return Operations::withStep("Run " + words.front(), [words] { return runCommand(words); });
+  const auto interruption = std::make_shared<Interruption>();
+  const auto operation = Operation<void>::start([words = arguments.operands, interruption] {
+    return Operations::withStep("Run " + words.front(), [words, interruption] {
+      return runCommand(words, interruption->kill);
+    });
   });
-  const auto signal = std::make_shared<std::atomic<int>>(0);
   TaskScope scope;
-  scope.spawn([waiting = interruptions.next(), operation, signal]() mutable -> Task<void> {
-    *signal = co_await std::move(waiting);
-    operation->cancel();
+  scope.spawn([first = interruptions.next(), second = interruptions.next(), operation,
+               interruption]() mutable {
+    return obey(std::move(first), std::move(second), operation, interruption);
   });
-  show(operation, streams);
-  if (const int code = exitCodeOf(*operation, *signal); code != 0)
+  show(operation, *interruption, streams);
+  if (const int code = exitCodeOf(*operation, interruption->signal); code != 0)
     throw ProgramExit{code};
 }
 
@@ -158,9 +183,10 @@ Command execCommand() {
           "installers. On a terminal the last line tells how long it has taken. Otherwise what "
           "the\n"
           "program writes to standard output goes there, and all else to standard error.\n"
-          "Ctrl-C and SIGTERM ask the program to end, with all that it started; five seconds "
-          "later\n"
-          "it is killed. The exit code is the program’s own; 128 and the signal’s number if a\n"
+          "Ctrl-C and SIGTERM ask the program to end, with all that it started; the second time, "
+          "or\n"
+          "five seconds later, it is killed. The exit code is the program’s own; 128 and the "
+          "signal’s number if a\n"
           "signal ended it; 127 if it wasn’t found and 126 if it can’t be run.\n",
       .options = {},
       .examples = {{"velmar exec -- make -j2", "Build with a live view."},

@@ -52,6 +52,11 @@ std::string_view firstWordOf(std::string_view name) {
 
 } // namespace
 
+FilePath dataFolder() {
+  const FilePath packs(VELMAR_PACKS_FOLDER);
+  return isFolder(packs) ? packs.removingLastComponent() : dataBesideProgram();
+}
+
 LanguageFolders LanguageFolders::find(const Streams& streams) {
   LanguageFolders folders{.packs = FilePath(VELMAR_PACKS_FOLDER),
                           .shipped = FilePath(VELMAR_SHIPPED_FOLDER),

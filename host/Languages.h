@@ -33,6 +33,9 @@ struct LanguageFolders {
   [[nodiscard]] static LanguageFolders find(const Streams& streams);
 };
 
+/// The folder of the program's data, in which the packs lie: the sources', or the installed one.
+[[nodiscard]] FilePath dataFolder();
+
 /// Hears what a user need not know unless he asks: a sentence.
 using Murmur = std::function<void(std::string_view sentence)>;
 

@@ -60,6 +60,10 @@ void OperationView::addLines(const OperationLogStream& stream, std::size_t& seen
   }
 }
 
+void OperationView::addNote(std::string_view sentence) {
+  pieces_.push_back({fmt::format("{}\n", sentence), Style::faint});
+}
+
 void OperationView::deliver() {
   eraseLiveLine();
   writePieces();

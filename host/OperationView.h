@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velmar::host {
@@ -22,6 +23,8 @@ class OperationView {
 public:
   OperationView(std::shared_ptr<ObservableOperation> operation, Streams& streams);
 
+  /// Has a sentence about the operation written with what has come.
+  void addNote(std::string_view sentence);
   /// Writes what has come since the last call, and the live line anew. Throws what writing throws.
   void deliver();
   /// The same without a live line, and the final word behind it.

@@ -10,6 +10,7 @@
 int main(int argc, char** argv) {
   // A reader that goes away is seen as a failed write, not as the death of this process.
   std::signal(SIGPIPE, SIG_IGN);
+  velmar::AppBundle::setFacts(velmar::host::applicationFacts());
   velmar::host::FileOutput output(STDOUT_FILENO);
   velmar::host::FileOutput errors(STDERR_FILENO);
   velmar::host::Streams streams{

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <filesystem>
 #include <unistd.h>
 
 namespace velmar::host {
@@ -39,6 +40,13 @@ TEST(CommandLine, PrintsItsVersion) {
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_THAT(result.output,
               ::testing::MatchesRegex("velmar [0-9.]+ \\(grammars of ABI 13 to 15\\)\n"));
+}
+
+TEST(CommandLine, TheEngineIsToldWhereItsDataAre) {
+  const AppBundleFacts facts = applicationFacts();
+  ASSERT_TRUE(facts.resourcesPath);
+  EXPECT_TRUE(facts.resourcesPath->isAbsolute());
+  EXPECT_TRUE(std::filesystem::exists(facts.resourcesPath->appending("packs/cpp").string()));
 }
 
 TEST(CommandLine, EveryCommandHasHelpWithExamplesAndExitCodes) {

@@ -3,10 +3,12 @@
 
 #include "host/CommandLine.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velmar::testing {
@@ -23,11 +25,34 @@ struct HostInput {
   bool isTerminal = false;
   /// Variables of the environment; nothing of the tests' own.
   std::map<std::string, std::string, std::less<>> environment = {};
+  /// Hears all of the output so far, whenever some is delivered.
+  std::function<void(const std::string& output)> onOutput = {};
+};
+
+/// Keeps what is written and tells of it.
+class HeardOutput final : public host::Output {
+public:
+  explicit HeardOutput(const HostInput& input) : Output(input.isTerminal), input_(input) {}
+  const std::string& text() {
+    flush();
+    return text_;
+  }
+
+protected:
+  void deliver(std::string_view text) override {
+    text_ += text;
+    if (input_.onOutput)
+      input_.onOutput(text_);
+  }
+
+private:
+  const HostInput& input_;
+  std::string text_;
 };
 
 /// The clock moves by 1.5 ms with each look at it, so a parse always takes that long.
 inline HostResult runHost(const std::vector<std::string>& words, const HostInput& input = {}) {
-  host::StringOutput output(input.isTerminal);
+  HeardOutput output(input);
   host::StringOutput errors(input.isTerminal);
   std::chrono::nanoseconds time{0};
   host::Streams streams{
