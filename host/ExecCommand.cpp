@@ -46,11 +46,17 @@ std::string descriptionOfCommand(const std::vector<std::string>& words) {
 Task<void> pump(AsyncBytes bytes, std::shared_ptr<OperationLogStream> stream,
                 OperationLogStreamSource source) {
   AsyncLines lines = bytes.lines({.lineFeeds = LineFeeds::drop});
-  while (std::optional<std::string> line = co_await lines.next())
-    stream->append(std::move(*line), source);
+  for (;;) {
+    std::vector<std::string> batch = co_await lines.nextBatch();
+    if (batch.empty())
+      co_return;
+    for (std::string& line : batch)
+      stream->append(std::move(line), source);
+    co_await OperationLogStream::appended(); // so that no more is read than is shown
+  }
 }
 
-/// Both outputs at once. On the main executor, so that no more is read than is shown.
+/// Both outputs at once.
 Task<void> pumpBoth(Subprocess::Execution& child, std::shared_ptr<OperationLogStream> stream) {
   co_await withTaskGroup<void>([&](TaskGroup<>& group) -> Task<void> {
     group.add(mainExecutor(), [&] {

@@ -1,6 +1,7 @@
 #include "VelmarCore/Operations/OperationLog.h"
 
 #include "VelmarPlatform/Basics/Precondition.h"
+#include "VelmarPlatform/Concurrency/Continuation.h"
 #include "VelmarPlatform/Concurrency/MainExecutor.h"
 
 namespace velmar {
@@ -26,6 +27,13 @@ void OperationLogStream::append(OperationLogMessage message, OperationLogStreamS
     const std::string text = message.resolveFor(*self->context_);
     Element element{std::string(withoutTrailingLineBreaks(text)), std::move(source)};
     self->registrar_.withMutation(*self, itemsKey, [&] { self->add(std::move(element)); });
+  });
+}
+
+Task<void> OperationLogStream::appended() {
+  co_await withContinuation<void>([](Continuation<void> continuation) {
+    mainExecutor().post(
+        [continuation = std::move(continuation)]() mutable { std::move(continuation).resume(); });
   });
 }
 

@@ -8,6 +8,7 @@
 
 #include "VelmarCore/Operations/OperationError.h"
 #include "VelmarCore/Operations/OperationLogMessage.h"
+#include "VelmarPlatform/Concurrency/Task.h"
 #include "VelmarPlatform/Observation/Observation.h"
 
 #include <cstddef>
@@ -61,6 +62,10 @@ public:
   /// Queues an append of the text, without the line breaks at its end; paths are resolved then, for
   /// the stream's own context. Any thread.
   void append(OperationLogMessage message, OperationLogStreamSource source);
+  /// Ends when all that was appended before, to any stream, is there. Whoever passes on what a
+  /// child writes waits for it between two chunks: a child that writes faster than the main
+  /// executor runs would fill the memory.
+  [[nodiscard]] static Task<void> appended();
 
   [[nodiscard]] Observation observe(PropertyObserver observer) {
     return registrar_.add(std::move(observer));

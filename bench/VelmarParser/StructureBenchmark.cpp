@@ -103,7 +103,7 @@ void cancelAnywhere(benchmark::State& state) {
   state.counters["slowest ms"] = waits.back();
   state.counters["slowest work ms"] = std::ranges::max(works);
 }
-BENCHMARK(cancelAnywhere)->Name("structure/cancel/9MB")->UseManualTime()->Iterations(80);
+BENCHMARK(cancelAnywhere)->Name("structure/cancel/9MB")->UseManualTime()->Iterations(40);
 
 } // namespace
 

@@ -151,6 +151,16 @@ INSTANTIATE_TEST_SUITE_P(
                    true, ""}),
     [](const auto& row) { return std::string(row.param.name); });
 
+TEST(ExecCommand, EndsWithItsReaderThoughTheCommandNeverStopsWriting) {
+  const auto result = mainExecutor().run([] {
+    return Subprocess::run({.executable = Subprocess::Executable::name("sh"),
+                            .arguments = {"-c", "\"$0\" exec -- yes | head -n 1", VELMAR_PROGRAM},
+                            .environment = SubprocessEnvironment::inherited()});
+  });
+  EXPECT_EQ(result.standardOutput, "y\n");
+  EXPECT_EQ(result.standardError, "Run yes\nExec: yes\n");
+}
+
 TEST(ExecCommand, NeedsACommand) {
   const auto result = runHost({"exec"});
   EXPECT_EQ(result.exitCode, 2);

@@ -45,7 +45,7 @@ TEST_P(Typing, GivesTheAnswersOfAFreshDocument) {
     const auto indents = indentsOf(document);
     for (const LineIndent& indent : indents) {
       EXPECT_GE(indent.levels, indent.levelsBehindAlignment);
-      EXPECT_LE(indent.levels, document.lineCount());
+      EXPECT_LE(indent.levels, document.text().lineCount());
       EXPECT_LE(indent.alignedWith.value_or(0), document.count());
     }
     Parse fresh(configuration);

@@ -220,6 +220,17 @@ TEST(OperationLogStream, KeepsTheLastPiecesOnly) {
   }
 }
 
+TEST(OperationLogStream, CanBeWaitedForByWhoeverAppends) {
+  const auto stream = std::make_shared<OperationLogStream>(std::make_shared<FixedLogContext>());
+  mainExecutor().run([&]() -> Task<void> {
+    for (std::size_t piece = 1; piece <= 3; ++piece) {
+      stream->append("x", OperationLogStreamSource::standardOutput());
+      co_await OperationLogStream::appended();
+      EXPECT_EQ(stream->items().size(), piece);
+    }
+  });
+}
+
 TEST(OperationLogMessage, IsResolvedDifferentlyForTwoBases) {
   struct Named {
     [[nodiscard]] std::string description() const { return "named"; }
