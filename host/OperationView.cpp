@@ -72,8 +72,9 @@ void OperationView::deliver() {
     streams_.output.write("\x1b[?7l" + liveLine() + "\x1b[?7h");
     hasLiveLine_ = true;
   }
-  streams_.output.flush();
+  // In this order: the steps are told also to those who have stopped reading the output.
   streams_.errors.flush();
+  streams_.output.flush();
 }
 
 void OperationView::finish() {
