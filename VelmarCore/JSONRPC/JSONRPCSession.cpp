@@ -267,7 +267,8 @@ Task<void> JSONRPCSession::writeResponse(IncomingRequest request, Bytes message)
     co_return;
   const Bytes copy = copyForTranscript(message);
   co_await configuration_.messageFramer->write(std::move(message));
-  report(ResponseSent{{request.id(), request.method(), copy}});
+  if (isRunning_) // else `run` may have ended, and with it what the handlers refer to
+    report(ResponseSent{{request.id(), request.method(), copy}});
 }
 
 Task<void> JSONRPCSession::IncomingRequest::replyThrowing(std::exception_ptr error) const {

@@ -173,19 +173,19 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         ResponseCase{"Number", R"("result":5,)", "5",
                      "Expected a text, but found an integer. (at result)", "5"},
-        ResponseCase{"Text", R"("result":"a",)", "Expected a number, but found a text. (at result)",
-                     R"("a")", R"("a")"},
-        ResponseCase{"Null", R"("result":null,)", "Expected a number, but found null. (at result)",
-                     "null", "null"},
-        ResponseCase{"Neither", "", "There is no key “result”.", "There is no key “result”.",
-                     "There is no key “result”."},
+        ResponseCase{"Text", R"("result":"a",)",
+                     "Expected an integer, but found a text. (at result)", R"("a")", R"("a")"},
+        ResponseCase{"Null", R"("result":null,)",
+                     "Expected an integer, but found null. (at result)", "null", "null"},
+        ResponseCase{"Neither", "", "The key “result” is missing.", "The key “result” is missing.",
+                     "The key “result” is missing."},
         ResponseCase{"Both", R"("result":5,"error":{"code":1},)", R"_(JSONRPCError(1, ""))_",
                      R"_(JSONRPCError(1, "", data: null))_", R"_(JSONRPCError(1, ""))_"},
-        ResponseCase{
-            "ErrorWithData", R"("error":{"code":-32602,"message":"no","data":{"reason":"r"}},)",
-            R"_(JSONRPCError(-32602, "no"))_",
-            R"_(JSONRPCError(-32602, "no", data: {"reason":"r"}))_",
-            R"_(JSONRPCError(-32602, "no"))_"}),
+        ResponseCase{"ErrorWithData",
+                     R"("error":{"code":-32602,"message":"no","data":{"reason":"r"}},)",
+                     R"_(JSONRPCError(-32602, "no"))_",
+                     R"_(JSONRPCError(-32602, "no", data: {"reason":"r"}))_",
+                     R"_(JSONRPCError(-32602, "no"))_"}),
     [](const auto& row) { return std::string(row.param.name); });
 
 struct RequestCase {
@@ -228,8 +228,7 @@ TEST_P(JSONRPCIncomingRequest, IsAnsweredOnce) {
 INSTANTIATE_TEST_SUITE_P(
     Cases, JSONRPCIncomingRequest,
     ::testing::Values(
-        RequestCase{"Typed",
-                    R"({"jsonrpc":"2.0","id":1,"method":"add","params":{"a/b":2,"b":3}})",
+        RequestCase{"Typed", R"({"jsonrpc":"2.0","id":1,"method":"add","params":{"a/b":2,"b":3}})",
                     R"({"id":1,"jsonrpc":"2.0","result":5})"},
         RequestCase{"NullID",
                     R"({"id":null,"jsonrpc":"2.0","method":"add","params":{"a/b":2,"b":3}})",
@@ -239,15 +238,15 @@ INSTANTIATE_TEST_SUITE_P(
                     R"(parameters."},"id":1,"jsonrpc":"2.0"})"},
         RequestCase{"OfAnotherShape",
                     R"({"jsonrpc":"2.0","id":1,"method":"add","params":{"b":"x"}})",
-                    R"({"error":{"code":-32603,"message":"Expected a number, but found a text. )"
+                    R"({"error":{"code":-32603,"message":"Expected an integer, but found a text. )"
                     R"_((at params.b)"},"id":1,"jsonrpc":"2.0"})_"},
         RequestCase{"WithNullForParameters",
                     R"({"jsonrpc":"2.0","id":"a","method":"find","params":null})",
                     R"({"id":"a","jsonrpc":"2.0","result":"default"})"},
-        RequestCase{"WithANullResult",
-                    R"({"jsonrpc":"2.0","id":"a","method":"find","params":{}})",
+        RequestCase{"WithANullResult", R"({"jsonrpc":"2.0","id":"a","method":"find","params":{}})",
                     R"({"id":"a","jsonrpc":"2.0","result":null})"},
-        RequestCase{"Raw", R"({"jsonrpc":"2.0","id":1,"method":"raw","params":[1,"/",{"b":1,"a":2}]})",
+        RequestCase{"Raw",
+                    R"({"jsonrpc":"2.0","id":1,"method":"raw","params":[1,"/",{"b":1,"a":2}]})",
                     R"({"id":1,"jsonrpc":"2.0","result":[1,"/",{"a":2,"b":1}]})"},
         RequestCase{"AnsweredAndFailed", R"({"jsonrpc":"2.0","id":1,"method":"twice"})",
                     R"({"id":1,"jsonrpc":"2.0","result":"once"})"},
@@ -256,11 +255,11 @@ INSTANTIATE_TEST_SUITE_P(
                     R"_({\"reason\":\"r\"})"},"id":1,"jsonrpc":"2.0"})_"},
         RequestCase{"Failed", R"({"jsonrpc":"2.0","id":1,"method":"fail"})",
                     R"({"error":{"code":-32603,"message":"It “failed”."},"id":1,"jsonrpc":"2.0"})"},
-        RequestCase{"Unknown", R"({"jsonrpc":"2.0","id":1,"method":"nothing"})",
-                    R"({"error":{"code":-32601,"message":"The method “nothing” is not supported."},)"
-                    R"("id":1,"jsonrpc":"2.0"})"}),
-    [](const auto& row) {
-  return std::string(row.param.name); });
+        RequestCase{
+            "Unknown", R"({"jsonrpc":"2.0","id":1,"method":"nothing"})",
+            R"({"error":{"code":-32601,"message":"The method “nothing” is not supported."},)"
+            R"("id":1,"jsonrpc":"2.0"})"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(JSONRPCSession, SaysThatNothingIsSupportedWithoutAHandler) {
   converse({}, [](Session, Wire& wire) -> Task<void> {
@@ -395,9 +394,7 @@ TEST(JSONRPCSession, AResponseMayComeBeforeTheWriteHasEnded) {
     isAnswered |= std::holds_alternative<JSONRPCSession::ResponseReceived>(event);
   };
   auto [opened, gate] = makeAsyncStream<int>();
-  const auto heard = [opened](const JSONRPCSession::IncomingNotification&) {
-    opened.yield(1);
-  };
+  const auto heard = [opened](const JSONRPCSession::IncomingNotification&) { opened.yield(1); };
   converse({.incomingNotificationHandler = heard, .transcriptHandler = transcript},
            [&](Session session, Wire& wire) -> Task<void> {
              wire.whileWriting = [&]() -> Task<void> { co_await gate.next(); };
@@ -447,7 +444,7 @@ INSTANTIATE_TEST_SUITE_P(
                        "jsonrpc)",
                        std::nullopt},
         BadMessageCase{"NoVersion", R"({"id":1,"method":"x"})",
-                       "message 2: There is no key “jsonrpc”.", std::nullopt},
+                       "message 2: The key “jsonrpc” is missing.", std::nullopt},
         BadMessageCase{"IDOfAnotherType", R"({"jsonrpc":"2.0","id":[1],"method":"x"})",
                        "message 2: Expected message ID to be a string, number, or null. (at id)",
                        std::nullopt},
@@ -455,13 +452,15 @@ INSTANTIATE_TEST_SUITE_P(
                        "message 2: Expected message ID to be a string, number, or null. (at id)",
                        std::nullopt},
         BadMessageCase{"NeitherIDNorMethod", R"({"jsonrpc":"2.0"})",
-                       "message 2: There is no key “method”.", std::nullopt},
+                       "message 2: The key “method” is missing.", std::nullopt},
         BadMessageCase{"MethodOfAnotherType", R"({"jsonrpc":"2.0","method":3})",
                        "message 2: Expected a text, but found an integer. (at method)",
                        std::nullopt},
         BadMessageCase{"Batch", R"([{"jsonrpc":"2.0","method":"x"}])",
-                       "message 2: Expected a table, but found an array.", std::nullopt},
-        BadMessageCase{"NoJSON", "{\"jsonrpc\":\"2.0\",}", "", 17}),
+                       "message 2: Expected an object, but found an array.", std::nullopt},
+        BadMessageCase{"NoJSON", "{\"jsonrpc\":\"2.0\",}",
+                       "message 2: Expected a key in double quotes at byte 17 (line 1, column 18).",
+                       17}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(JSONRPCSession, AtTheStreamsEndAllWhoWaitAreTold) {
