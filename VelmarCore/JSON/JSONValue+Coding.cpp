@@ -1,47 +1,69 @@
 #include "VelmarCore/JSON/JSONValue.h"
 #include "VelmarPlatform/Basics/Overloaded.h"
 #include "VelmarPlatform/Coding/Coder.h"
+#include "VelmarPlatform/Coding/DecodingSource.h"
 
 namespace velmar {
 
 bool Coder<JSONValue>::decode(Decoder from, JSONValue& into) {
-  if (decodeShape(from, into))
+  if (read(from.source(), from.value(), into))
     return true;
-  // Whatever was wrong inside, the value as a whole isn't JSON.
+  // Whatever was wrong inside, the value as a whole isn't JSON. So nobody needs to know where
+  // inside it was, and the source is read directly.
   return from.fail(DecodingErrorKind::typeMismatch, "Could not decode JSON value");
 }
 
-bool Coder<JSONValue>::decodeShape(Decoder from, JSONValue& into) {
-  switch (from.kind()) {
+bool Coder<JSONValue>::read(const DecodingSource& source, CodedValue at, JSONValue& into) {
+  switch (source.kind(at)) {
   case ValueKind::nil:
-    into.variant_ = JSONValue::Null();
+    into.variant_.emplace<JSONValue::Null>();
     return true;
   case ValueKind::boolean:
-    return from.readBoolean(into.variant_.emplace<bool>());
+    into.variant_.emplace<bool>(source.boolean(at));
+    return true;
   case ValueKind::integer:
+    into.variant_.emplace<double>(static_cast<double>(source.integer(at)));
+    return true;
   case ValueKind::unsignedInteger:
+    into.variant_.emplace<double>(static_cast<double>(source.unsignedInteger(at)));
+    return true;
   case ValueKind::floating:
-    return from.readDouble(into.variant_.emplace<double>());
+    into.variant_.emplace<double>(source.floating(at));
+    return true;
   case ValueKind::text:
-    return from.read(into.variant_.emplace<std::string>());
-  case ValueKind::array: {
-    auto& array = into.variant_.emplace<JSONValue::Array>();
-    array.reserve(static_cast<std::size_t>(from.count()));
-    return from.forEachElement(
-        [&array](Decoder element) { return decodeShape(element, array.emplace_back()); });
-  }
-  case ValueKind::table: {
-    auto& object = into.variant_.emplace<JSONObject>();
-    object.reserveCapacity(from.count());
-    return from.forEachMember([&object](std::string_view key, Decoder member) {
-      return decodeShape(member, object.valueForKey(key));
-    });
-  }
+    into.variant_.emplace<std::string>(source.text(at));
+    return true;
+  case ValueKind::array:
+    return readArray(source, at, into.variant_.emplace<JSONValue::Array>());
+  case ValueKind::table:
+    return readObject(source, at, into.variant_.emplace<JSONObject>());
   case ValueKind::date:
   case ValueKind::data:
     return false;
   }
   return false;
+}
+
+bool Coder<JSONValue>::readArray(const DecodingSource& source, CodedValue at,
+                                 JSONValue::Array& into) {
+  into.reserve(static_cast<std::size_t>(source.count(at)));
+  CodedChildren walk = source.children(at);
+  CodedValue element;
+  while (source.nextElement(walk, element))
+    if (!read(source, element, into.emplace_back()))
+      return false;
+  return true;
+}
+
+bool Coder<JSONValue>::readObject(const DecodingSource& source, CodedValue at, JSONObject& into) {
+  into.reserveCapacity(source.count(at));
+  CodedChildren walk = source.children(at);
+  std::string_view key;
+  CodedValue member;
+  while (source.nextMember(walk, key, member))
+    if (!read(source, member, into.valueForKey(key)))
+      return false;
+  return true;
 }
 
 void Coder<JSONValue>::encode(const JSONValue& value, Encoder& into) {

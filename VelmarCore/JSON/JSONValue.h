@@ -37,6 +37,8 @@
 
 namespace velmar {
 
+class DecodingSource;
+struct CodedValue;
 class JSONValue;
 /// A member of an object.
 struct JSONMember;
@@ -233,7 +235,9 @@ struct Coder<JSONValue> {
   static void encode(const JSONValue& value, Encoder& into);
 
 private:
-  static bool decodeShape(Decoder from, JSONValue& into);
+  static bool read(const DecodingSource& source, CodedValue at, JSONValue& into);
+  static bool readArray(const DecodingSource& source, CodedValue at, JSONValue::Array& into);
+  static bool readObject(const DecodingSource& source, CodedValue at, JSONObject& into);
 };
 template <>
 struct Coder<JSONObject> {

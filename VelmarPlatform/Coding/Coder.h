@@ -173,6 +173,8 @@ struct Coder<std::vector<T>> {
     });
   }
   static void encode(const std::vector<T>& value, Encoder& into) {
+    if constexpr (std::same_as<T, std::int64_t>)
+      return into.integers(value);
     into.array([&](ArrayEncoder& array) {
       for (const auto& element : value)
         array.write(static_cast<const T&>(element));

@@ -18,6 +18,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -50,6 +51,10 @@ public:
   }
   void integer(std::int64_t value) {
     tell([&] { sink_->integer(value); });
+  }
+  /// An array of them.
+  void integers(std::span<const std::int64_t> values) {
+    tell([&] { sink_->integers(values); });
   }
   void unsignedInteger(std::uint64_t value) {
     tell([&] { sink_->unsignedInteger(value); });

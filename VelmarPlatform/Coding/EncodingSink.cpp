@@ -12,4 +12,11 @@ void EncodingSink::data(std::span<const std::byte> value) {
   text(encodeBase64(value));
 }
 
+void EncodingSink::integers(std::span<const std::int64_t> values) {
+  beginArray();
+  for (const std::int64_t value : values)
+    integer(value);
+  endArray();
+}
+
 } // namespace velmar

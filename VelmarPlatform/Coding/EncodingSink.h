@@ -42,6 +42,10 @@ public:
   virtual void beginTable() = 0;
   virtual void key(std::string_view key) = 0;
   virtual void endTable() = 0;
+
+  /// An array of integers, as if it was told one by one. For long ones, which this spares a call
+  /// for each element.
+  virtual void integers(std::span<const std::int64_t> values);
 };
 
 /// That a form can't hold a value; `description` is a sentence.

@@ -125,6 +125,12 @@ inline constexpr bool canHash<std::vector<T>> = canHash<T>;
 template <class T>
 inline constexpr bool canHash<std::optional<T>> = canHash<T>;
 
+// Told beforehand, so that each finds the others, whichever is in which.
+template <class T>
+std::size_t hashOf(const std::optional<T>& value);
+template <class T>
+std::size_t hashOf(const std::vector<T>& values);
+
 template <class T>
 std::size_t hashOf(const T& value) {
   return std::hash<T>()(value);

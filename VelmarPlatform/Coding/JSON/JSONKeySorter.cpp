@@ -1,10 +1,21 @@
 #include "VelmarPlatform/Coding/JSON/JSONKeySorter.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <span>
 
 namespace velmar::detail {
+namespace {
+
+/// Numbers that compare as the first eight bytes of the keys do.
+std::uint64_t startOf(std::string_view key) {
+  std::uint64_t start = 0;
+  std::memcpy(&start, key.data(), std::min(key.size(), sizeof start));
+  return std::endian::native == std::endian::little ? __builtin_bswap64(start) : start;
+}
+
+} // namespace
 
 void JSONKeySorter::beginTable(std::size_t start) {
   openTables_.push_back(tables_.size());
@@ -14,15 +25,19 @@ void JSONKeySorter::beginTable(std::size_t start) {
 
 void JSONKeySorter::beginMember(std::string_view text, std::size_t start, std::string_view key) {
   constexpr std::size_t quotes = 2;
-  Member member{
-      .start = start, .key = start + 1, .keyLength = key.size(), .firstTable = tables_.size()};
+  Member member;
+  member.start = start;
+  member.keyStart = startOf(key);
+  member.key = start + 1;
+  member.keyLength = key.size();
+  member.firstTable = tables_.size();
   if (text.size() - start != key.size() + quotes) {
     member.isEscaped = true;
     member.key = escapedKeys_.size();
     escapedKeys_ += key;
   }
   Table& table = tables_[openTables_.back()];
-  if (members_.size() > table.firstMember && key < keyOf(members_.back(), text))
+  if (members_.size() > table.firstMember && compare(member, members_.back(), text) < 0)
     table.isSorted = false;
   members_.push_back(member);
 }
@@ -60,6 +75,12 @@ std::string_view JSONKeySorter::keyOf(const Member& member, std::string_view tex
       .substr(member.key, member.keyLength);
 }
 
+int JSONKeySorter::compare(const Member& left, const Member& right, std::string_view text) const {
+  if (left.keyStart != right.keyStart)
+    return left.keyStart < right.keyStart ? -1 : 1;
+  return keyOf(left, text).compare(keyOf(right, text));
+}
+
 void JSONKeySorter::sortMembers(Table& table, std::string_view text) {
   const std::span members = std::span(members_).subspan(table.firstMember);
   table.memberCount = members.size();
@@ -71,7 +92,7 @@ void JSONKeySorter::sortMembers(Table& table, std::string_view text) {
   }
   if (!table.isSorted)
     std::ranges::sort(members, [&](const Member& left, const Member& right) {
-      const auto order = keyOf(left, text) <=> keyOf(right, text);
+      const int order = compare(left, right, text);
       return order != 0 ? order < 0 : left.start < right.start;
     });
   table.firstMember = sortedMembers_.size();

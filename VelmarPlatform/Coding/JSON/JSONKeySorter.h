@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,7 +28,8 @@ private:
   struct Member {
     std::size_t start = 0;
     std::size_t end = 0;
-    std::size_t key = 0; // behind its quote; or in escapedKeys_
+    std::uint64_t keyStart = 0; // its first eight bytes, the first the most significant
+    std::size_t key = 0;        // behind its quote; or in escapedKeys_
     std::size_t keyLength = 0;
     bool isEscaped = false;
     std::size_t firstTable = 0; // the first of the tables that start in or behind it
@@ -57,6 +59,7 @@ private:
   };
 
   [[nodiscard]] std::string_view keyOf(const Member& member, std::string_view text) const;
+  [[nodiscard]] int compare(const Member& left, const Member& right, std::string_view text) const;
   void sortMembers(Table& table, std::string_view text);
   [[nodiscard]] std::string putTogether(std::string_view text) const;
   [[nodiscard]] Piece pieceOf(const Table& table, std::size_t member) const;

@@ -36,6 +36,8 @@ JSONParser::JSONParser(std::string_view text, JSONWord* words)
       next_(words) {
   if (text.starts_with(byteOrderMark))
     at_ += byteOrderMark.size();
+  open_[0] = {};
+  innermost_ = open_.data();
 }
 
 std::size_t JSONParser::parse() {
@@ -71,16 +73,16 @@ bool JSONParser::readValue() {
     readLiteral("null", JSONTag::nil);
     return false;
   default:
-    readNumber();
+    readNumbers();
     return false;
   }
 }
 
 /// Ends what ends behind a value. True if a value follows.
 bool JSONParser::readBehindValue() {
-  while (depth_ != 0) {
-    ++open_[depth_].count;
-    const bool isTable = tagOf(*open_[depth_].word) == JSONTag::table;
+  while (innermost_ != open_.data()) {
+    ++innermost_->count;
+    const bool isTable = innermost_->isTable;
     skipSpace();
     const char letter = peek(at_);
     if (letter == ',') {
@@ -101,10 +103,10 @@ bool JSONParser::readBehindValue() {
 
 /// Starts an array or object. False if it is empty, and thus ended.
 bool JSONParser::open(JSONTag tag, char end) {
-  if (depth_ == maximumDepth)
+  if (innermost_ == &open_.back())
     fail("Arrays and objects may not be nested more than 512 deep", at_);
   ++at_;
-  open_[++depth_] = {next_, 0};
+  *++innermost_ = {next_, 0, tag == JSONTag::table};
   *next_++ = makeWord(tag);
   skipSpace();
   if (peek(at_) == end) {
@@ -118,8 +120,8 @@ bool JSONParser::open(JSONTag tag, char end) {
 }
 
 void JSONParser::close() {
-  const Open& ended = open_[depth_--];
-  *ended.word = makeWord(tagOf(*ended.word), std::min(ended.count, greatestLength),
+  const Open& ended = *innermost_--;
+  *ended.word = makeWord(tagOf(*ended.word), std::min<JSONWord>(ended.count, greatestLength),
                          static_cast<JSONWord>(next_ - words_));
 }
 
@@ -147,7 +149,16 @@ void JSONParser::skipSpace() {
 
 void JSONParser::readText() {
   const char* const start = at_ + 1;
-  const char* at = skipPlainASCII(start, end_);
+  const char* const at = skipPlainASCII(start, end_);
+  const auto length = static_cast<JSONWord>(at - start);
+  if (at == end_ || *at != '"' || length > greatestLength) [[unlikely]]
+    return readUnusualText(start, at);
+  at_ = at + 1;
+  *next_++ = makeWord(JSONTag::text, length, static_cast<JSONWord>(start - start_));
+}
+
+/// What isn't short and plain ASCII, which it is from `start` to `at`.
+void JSONParser::readUnusualText(const char* start, const char* at) {
   while (at != end_ && (*at & 0x80) != 0) {
     const int length = lengthOfScalar(at, end_);
     if (length == 0)
@@ -163,7 +174,7 @@ void JSONParser::readText() {
   at_ = at + 1;
   const auto length = static_cast<JSONWord>(at - start);
   const auto offset = static_cast<JSONWord>(start - start_);
-  if (length <= greatestLength) [[likely]] {
+  if (length <= greatestLength) {
     *next_++ = makeWord(JSONTag::text, length, offset);
   } else {
     *next_++ = makeWord(JSONTag::longText, offset);

@@ -32,7 +32,8 @@ private:
   /// An array or object whose end isn't reached: its word, and what is in it so far.
   struct Open {
     JSONWord* word;
-    std::uint64_t count;
+    std::uint32_t count;
+    bool isTable;
   };
 
   bool readValue();
@@ -42,12 +43,15 @@ private:
   void readKey();
 
   void readText();
+  void readUnusualText(const char* start, const char* at);
   void readTextWithEscapes(const char* start, const char* escape);
   const char* readEscape(const char* at, char*& copy);
   const char* readUnicodeEscape(const char* at, char*& copy);
   std::uint32_t readFourDigits(const char* at);
 
+  void readNumbers();
   void readNumber();
+  bool isCommaBeforeDigit() const;
   void readLongOrFractional(const char* digits);
   void addInteger(std::int64_t value);
   void addWide(JSONTag tag, JSONWord value);
@@ -67,8 +71,8 @@ private:
   const char* at_;
   JSONWord* words_;
   JSONWord* next_;
-  std::size_t depth_ = 0;
-  std::array<Open, maximumDepth + 1> open_; // from 1; filled only as far as it is used
+  Open* innermost_;                         // open_[0] stands for no array or object at all
+  std::array<Open, maximumDepth + 1> open_; // filled only as far as it is used
 };
 
 } // namespace velmar::detail

@@ -92,6 +92,18 @@ inline const char* skipUnescaped(const char* at, const char* end) noexcept {
   return at;
 }
 
+/// Whether one of eight bytes must be written as an escape.
+constexpr bool needsEscape(std::uint64_t bytes) noexcept {
+  constexpr std::uint64_t ones = ~std::uint64_t{0} / 0xFF;
+  constexpr std::uint64_t tops = ones << 7;
+  const auto hasBelow = [](std::uint64_t eight, std::uint64_t limit) {
+    return (eight - ones * limit) & ~eight & tops;
+  };
+  const std::uint64_t found =
+      hasBelow(bytes, ' ') | hasBelow(bytes ^ ones * '"', 1) | hasBelow(bytes ^ ones * '\\', 1);
+  return found != 0;
+}
+
 /// How many bytes the scalar of UTF-8 at `at` takes, or 0 if there is no valid one.
 inline int lengthOfScalar(const char* at, const char* end) noexcept {
   const auto byte = [at](int index) { return static_cast<unsigned char>(at[index]); };

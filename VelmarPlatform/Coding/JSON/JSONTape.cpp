@@ -35,6 +35,21 @@ constexpr std::array<ValueKind, 16> kindOfTag = [] {
   return kinds;
 }();
 
+/// How many words there are of a tag; 0 where the word itself tells.
+constexpr std::array<std::uint8_t, 16> widthOfTag = [] {
+  std::array<std::uint8_t, 16> widths{};
+  widths.fill(1);
+  const auto set = [&widths](JSONTag tag, std::uint8_t width) {
+    widths[static_cast<std::size_t>(tag)] = width;
+  };
+  for (const JSONTag tag :
+       {JSONTag::wideInteger, JSONTag::unsignedInteger, JSONTag::floating, JSONTag::longText})
+    set(tag, 2);
+  for (const JSONTag tag : {JSONTag::copiedText, JSONTag::array, JSONTag::table})
+    set(tag, 0);
+  return widths;
+}();
+
 DecodingError refusal(std::string description) {
   return {{DecodingErrorKind::dataCorrupted, std::move(description)}, {}};
 }
@@ -101,20 +116,11 @@ std::string_view JSONTape::text(CodedValue value) const {
 /// The index of what stands behind a value.
 std::uint64_t JSONTape::behind(std::uint64_t index) const noexcept {
   const JSONWord word = words_[index];
-  switch (tagOf(word)) {
-  case JSONTag::array:
-  case JSONTag::table:
-    return offsetOf(word);
-  case JSONTag::copiedText:
-    return index + 1 + wordsFor(payloadOf(word));
-  case JSONTag::wideInteger:
-  case JSONTag::unsignedInteger:
-  case JSONTag::floating:
-  case JSONTag::longText:
-    return index + 2;
-  default:
-    return index + 1;
-  }
+  const std::uint8_t width = widthOfTag[static_cast<std::size_t>(tagOf(word))];
+  if (width != 0) [[likely]]
+    return index + width;
+  return tagOf(word) == JSONTag::copiedText ? index + 1 + wordsFor(payloadOf(word))
+                                            : offsetOf(word);
 }
 
 std::int64_t JSONTape::count(CodedValue value) const {
@@ -149,15 +155,25 @@ bool JSONTape::nextMember(CodedChildren& walk, std::string_view& key, CodedValue
 }
 
 bool JSONTape::readIntegers(CodedValue array, std::vector<std::int64_t>& integers) const {
-  integers.reserve(integers.size() + static_cast<std::size_t>(count(array)));
-  CodedChildren walk = children(array);
-  while (walk.next != walk.end) {
-    if (kind({walk.next}) != ValueKind::integer)
-      return false;
-    integers.push_back(integer({walk.next}));
-    walk.next = behind(walk.next);
+  const std::size_t before = integers.size();
+  integers.resize(before + static_cast<std::size_t>(count(array)));
+  std::int64_t* into = integers.data() + before;
+  const auto [first, end] = children(array);
+  std::uint64_t at = first;
+  for (; at != end; ++into) {
+    const JSONWord word = words_[at];
+    if (tagOf(word) == JSONTag::integer) {
+      *into = integerOf(word);
+      ++at;
+    } else if (tagOf(word) == JSONTag::wideInteger) {
+      *into = static_cast<std::int64_t>(words_[at + 1]);
+      at += 2;
+    } else {
+      break;
+    }
   }
-  return true;
+  integers.resize(static_cast<std::size_t>(into - integers.data()));
+  return at == end;
 }
 
 } // namespace velmar

@@ -57,11 +57,29 @@ void JSONTextWriter::boolean(bool value) {
 }
 
 void JSONTextWriter::integer(std::int64_t value) {
-  putNumber(value);
+  beginValue(roomForNumber);
+  putInteger(value);
+  endValue();
+}
+
+void JSONTextWriter::integers(std::span<const std::int64_t> values) {
+  if (options_.pretty)
+    return EncodingSink::integers(values);
+  beginArray();
+  for (const std::int64_t value : values) {
+    reserve(roomForNumber);
+    putInteger(value);
+    put(',');
+  }
+  if (!values.empty())
+    --at_;
+  endArray();
 }
 
 void JSONTextWriter::unsignedInteger(std::uint64_t value) {
-  putNumber(value);
+  beginValue(roomForNumber);
+  putDigits(value);
+  endValue();
 }
 
 void JSONTextWriter::floating(double value) {
@@ -169,11 +187,23 @@ void JSONTextWriter::putLiteral(std::string_view letters) {
   endValue();
 }
 
-template <class Number>
-void JSONTextWriter::putNumber(Number value) {
-  beginValue(roomForNumber);
-  at_ = std::to_chars(at_, at_ + roomForNumber, value).ptr;
-  endValue();
+void JSONTextWriter::putDigits(std::uint64_t value) {
+  constexpr std::uint64_t twoDigits = 10;
+  constexpr std::uint64_t manyDigits = 100;
+  if (value >= manyDigits) {
+    at_ = std::to_chars(at_, at_ + roomForNumber, value).ptr;
+    return;
+  }
+  if (value >= twoDigits)
+    put(static_cast<char>('0' + value / 10));
+  put(static_cast<char>('0' + value % 10));
+}
+
+void JSONTextWriter::putInteger(std::int64_t value) {
+  if (value >= 0)
+    return putDigits(static_cast<std::uint64_t>(value));
+  put('-');
+  putDigits(-static_cast<std::uint64_t>(value)); // the lowest has no positive of its own
 }
 
 template <class Floating>
@@ -194,19 +224,49 @@ void JSONTextWriter::putQuoted(std::string_view value) {
   constexpr std::size_t quotes = 2;
   reserve(value.size() + quotes);
   put('"');
+  if (!putShort(value))
+    putEscaped(value);
+  put('"');
+}
+
+/// Puts a text of 4 to 16 bytes that needs no escape; any other is left alone. Keys are such, and
+/// two loads that overlap are cheaper than a loop.
+bool JSONTextWriter::putShort(std::string_view value) {
+  const auto copied = [&]<class Half>(Half /*type*/) {
+    Half first = 0;
+    Half last = 0;
+    const std::size_t lastStart = value.size() - sizeof(Half);
+    std::memcpy(&first, value.data(), sizeof(Half));
+    std::memcpy(&last, value.data() + lastStart, sizeof(Half));
+    if constexpr (sizeof(Half) == sizeof(std::uint32_t)) {
+      if (detail::needsEscape(std::uint64_t{first} << 32 | last))
+        return false;
+    } else if (detail::needsEscape(first) || detail::needsEscape(last)) {
+      return false;
+    }
+    std::memcpy(at_, &first, sizeof(Half));
+    std::memcpy(at_ + lastStart, &last, sizeof(Half));
+    at_ += value.size();
+    return true;
+  };
+  if (value.size() > 2 * sizeof(std::uint64_t) || value.size() < sizeof(std::uint32_t))
+    return false;
+  return value.size() >= sizeof(std::uint64_t) ? copied(std::uint64_t{}) : copied(std::uint32_t{});
+}
+
+/// The inside of a string, for which there is room if nothing must be escaped.
+void JSONTextWriter::putEscaped(std::string_view value) {
   const char* at = value.data();
   const char* const end = at + value.size();
   for (;;) {
     const char* const plain = at;
     at = detail::skipUnescaped(at, end);
-    std::memcpy(at_, plain, static_cast<std::size_t>(at - plain));
-    at_ += at - plain;
+    at_ = std::copy(plain, at, at_);
     if (at == end)
-      break;
+      return;
     reserve(static_cast<std::size_t>(end - at) + roomForEscape + 1);
     putEscape(*at++);
   }
-  put('"');
 }
 
 void JSONTextWriter::putEscape(char letter) {

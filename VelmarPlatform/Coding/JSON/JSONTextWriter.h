@@ -14,6 +14,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -39,6 +40,7 @@ public:
   void nil() override;
   void boolean(bool value) override;
   void integer(std::int64_t value) override;
+  void integers(std::span<const std::int64_t> values) override;
   void unsignedInteger(std::uint64_t value) override;
   /// Throws EncodingFailure for NaN and the infinities, which JSON doesn't have.
   void floating(double value) override;
@@ -61,9 +63,11 @@ private:
   void putSeparator();
   void putNewLine();
   void putQuoted(std::string_view value);
+  bool putShort(std::string_view value);
+  void putEscaped(std::string_view value);
   void putEscape(char letter);
-  template <class Number>
-  void putNumber(Number value);
+  void putInteger(std::int64_t value);
+  void putDigits(std::uint64_t value);
   template <class Floating>
   void putFloating(Floating value);
   void reserve(std::size_t room);

@@ -9,7 +9,9 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace velmar {
 namespace {
@@ -26,6 +28,12 @@ template <class Number>
 std::string written(Number number) {
   std::string text;
   JSONTextWriter(text).floating(number);
+  return text;
+}
+
+std::string written(const std::string& value) {
+  std::string text;
+  JSONTextWriter(text).text(value);
   return text;
 }
 
@@ -59,7 +67,44 @@ TEST(JSONTextWriter, WritesNumbersAsShortAsTheyCanBe) {
             "[9223372036854775807,-9223372036854775808,18446744073709551615]");
 }
 
+TEST(JSONTextWriter, WritesArraysOfIntegersAtOnceAsOneByOne) {
+  const std::vector<std::int64_t> values = {0,
+                                            9,
+                                            10,
+                                            99,
+                                            100,
+                                            -1,
+                                            -10,
+                                            -100,
+                                            std::numeric_limits<std::int64_t>::max(),
+                                            std::numeric_limits<std::int64_t>::min()};
+  const auto writtenTo = [](std::span<const std::int64_t> integers, JSONTextOptions options) {
+    std::string text;
+    JSONTextWriter(text, options).integers(integers);
+    return text;
+  };
+  EXPECT_EQ(writtenTo(values, {}),
+            "[0,9,10,99,100,-1,-10,-100,9223372036854775807,-9223372036854775808]");
+  EXPECT_EQ(writtenTo({}, {}), "[]");
+  EXPECT_EQ(writtenTo(std::span(values).first(2), {.pretty = true}), "[\n  0,\n  9\n]");
+}
+
 TEST(JSONTextWriter, EscapesOnlyWhatItMust) {
+  // At each place of texts of each length up to more than a block.
+  for (std::size_t length = 1; length < 40; ++length)
+    for (std::size_t place = 0; place < length; ++place) {
+      std::string plain(length, '\x7F');
+      EXPECT_EQ(written(plain), '"' + plain + '"');
+      plain[place] = '\xFF'; // not valid by itself, but no affair of the writer's
+      EXPECT_EQ(written(plain), '"' + plain + '"');
+      for (const char letter : {'"', '\\', '\n'}) {
+        plain[place] = letter;
+        const std::string escape = letter == '\n' ? "\\n" : std::string("\\") + letter;
+        EXPECT_EQ(written(plain), '"' + std::string(place, '\x7F') + escape +
+                                      std::string(length - place - 1, '\x7F') + '"');
+      }
+    }
+
   std::string text;
   using namespace std::literals;
   JSONTextWriter(text).text(
