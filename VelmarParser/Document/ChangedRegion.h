@@ -9,6 +9,7 @@
 #include "VelmarParser/Document/LayerImpl.h"
 #include "VelmarParser/Query/QueryMatch.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <utility>
@@ -23,26 +24,47 @@ struct RegionPart {
   std::vector<Found> found;
 };
 
-/// Whether so much of a text of `count` units is dirty that asking the old tree and the new one
-/// about it costs more than asking the new one about everything: a quote can change all that
-/// follows.
-[[nodiscard]] inline bool isMostlyDirty(const LayerChange& change, std::int64_t count) {
+/// Whether so much of a text of `count` units is dirty that asking about it costs more than asking
+/// the new tree about everything: a quote can change all that follows.
+[[nodiscard]] inline bool isMostlyDirty(const Query& query, const LayerChange& change,
+                                        std::int64_t count) {
   std::int64_t dirty = 0;
   for (const TextRange& range : change.dirty.ranges())
     dirty += range.length();
-  return dirty > count / 3;
+  // Where each pattern has one root, the old tree needn't be asked about all of it, too.
+  return dirty > (query.hasSingleRoots() ? count - count / 8 : count / 3);
+}
+
+/// Parts of `dirty` of which one is touched by each node that reaches out of it.
+inline void appendEndsOf(TextRange dirty, std::vector<TextRange>& ends) {
+  constexpr std::int64_t littleText = 64;
+  if (dirty.length() <= littleText) {
+    ends.push_back(dirty);
+    return;
+  }
+  ends.emplace_back(dirty.lowerBound, dirty.lowerBound + 1);
+  ends.emplace_back(dirty.upperBound - 1, dirty.upperBound);
 }
 
 /// Where `query` may find other things than before, to begin with.
 ///
 /// A match of the old tree may have lost its predicates' favour, and nobody can ask these again:
-/// the text that they saw is gone. So all that the old matches captured counts.
+/// the text that they saw is gone. So all that the old matches captured counts. What lies in a
+/// dirty range does anyway; a match that captured something elsewhere as well has a root that
+/// reaches out of it, so that it is enough to ask at its ends, unless a pattern has several roots.
 [[nodiscard]] inline TextRangeSet regionToAsk(const Query& query, const LayerChange& change,
                                               std::int64_t count) {
   TextRangeSet region = change.dirty;
   const ParseNode old = change.old->rootNode();
+  std::vector<TextRange> asked;
   for (const TextRange& dirty : change.dirty.ranges()) {
-    const auto range = dirty.intersection(old.utf16Range());
+    if (query.hasSingleRoots())
+      appendEndsOf(dirty, asked);
+    else
+      asked.push_back(dirty);
+  }
+  for (const TextRange& part : asked) {
+    const auto range = part.intersection(old.utf16Range());
     if (!range || range->isEmpty())
       continue;
     for (const Query::Match& match : query.matchesStartingAt(old, *range)) {
@@ -62,10 +84,16 @@ template <class Found, class Find>
 [[nodiscard]] std::optional<std::vector<RegionPart<Found>>> settle(TextRangeSet region, Find find) {
   constexpr std::size_t mostRanges = 32;
   constexpr int mostRounds = 16;
+  std::vector<RegionPart<Found>> before;
   for (int round = 0; round < mostRounds && region.ranges().size() <= mostRanges; ++round) {
     const TextRangeSet asked = region;
     std::vector<RegionPart<Found>> parts;
     for (const TextRange& range : asked.ranges()) {
+      const auto known = std::ranges::find(before, range, &RegionPart<Found>::range);
+      if (known != before.end()) {
+        parts.push_back(std::move(*known));
+        continue;
+      }
       RegionPart<Found> part{range, {}};
       if (!find(range, part.found, region))
         return std::nullopt;
@@ -79,6 +107,7 @@ template <class Found, class Find>
     }
     if (region == asked)
       return parts;
+    before = std::move(parts);
   }
   return std::nullopt;
 }

@@ -90,7 +90,7 @@ TextRangeSet Parse::parseInjections(const LayerPtr& layer, const LayerEdit& edit
     layer->settled.emplace();
     return {};
   }
-  if (change.old && layer->settled && !detail::isMostlyDirty(change, lines_.count()) &&
+  if (change.old && layer->settled && !detail::isMostlyDirty(*query, change, lines_.count()) &&
       !query->asksForSurroundings()) {
     const auto parts = changedInjections(*layer, edit, change, query);
     if (parts)

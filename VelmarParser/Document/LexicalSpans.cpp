@@ -76,7 +76,8 @@ void Parse::updateLexicalSpans(LayerImpl& layer, const LayerEdit& edit, const La
   const auto find = [&](TextRange range, std::vector<ClassifiedRange>& found) {
     return findClassified(query, layer.rootNode(), range, lines_, edit.pass, found);
   };
-  if (change.old && layer.spansArePiecewise && !detail::isMostlyDirty(change, lines_.count())) {
+  if (change.old && layer.spansArePiecewise &&
+      !detail::isMostlyDirty(*query, change, lines_.count())) {
     const auto parts = settle<ClassifiedRange>(
         regionToAsk(*query, change, lines_.count()),
         [&](TextRange range, auto& found, TextRangeSet&) { return find(range, found); });

@@ -97,8 +97,10 @@ Query::Query(std::string_view text, std::shared_ptr<const Grammar> grammar)
   propertyPredicates_.resize(count);
   captureTransformPredicates_.resize(count);
   otherPredicates_.resize(count);
-  for (std::uint32_t pattern = 0; pattern < count; ++pattern)
+  for (std::uint32_t pattern = 0; pattern < count; ++pattern) {
     readPredicates(pattern);
+    hasSingleRoots_ = hasSingleRoots_ && ts_query_is_pattern_rooted(base_.get(), pattern);
+  }
 }
 
 Query::~Query() = default;

@@ -123,6 +123,9 @@ public:
   /// are, or which child it is. Without such, a match depends on nothing outside its own nodes and
   /// their parent.
   [[nodiscard]] bool asksForSurroundings() const;
+  /// Whether each pattern has one root, so that the nodes of a match all lie in one of them. Where
+  /// that isn't plain, the answer is no.
+  [[nodiscard]] bool hasSingleRoots() const noexcept { return hasSingleRoots_; }
 
 private:
   struct Deleter {
@@ -151,6 +154,7 @@ private:
   ByPattern<OtherPredicate> otherPredicates_;
   /// By the mark of their family.
   mutable LockedState<std::map<const void*, std::shared_ptr<const void>>> customPredicates_;
+  bool hasSingleRoots_ = true;
 };
 
 /// One pattern of a query, which must outlive it.

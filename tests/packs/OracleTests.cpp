@@ -152,6 +152,57 @@ TEST_P(Oracle, LayersThatNobodyReadCatchUp) {
   }
 }
 
+struct SmallPage {
+  const char* name;
+  const char* language;
+  std::u16string text;
+  std::vector<std::u16string> inserts;
+};
+class OracleOfSmallPages : public ::testing::TestWithParam<SmallPage> {};
+
+// Chance seldom finds the edges of a text: each part of a small one goes and comes back, and at
+// each place something is put in that begins a token elsewhere than before.
+TEST_P(OracleOfSmallPages, EveryPartGoesAndEveryPlaceTakesAToken) {
+  const auto& [name, language, text, inserts] = GetParam();
+  CheckedParse document(PackLanguages::shared().configuration(language));
+  document.edit({0, 0}, text);
+  const auto replaceAndPutBack = [&](std::size_t lower, std::size_t upper,
+                                     const std::u16string& with) {
+    const auto start = static_cast<std::int64_t>(lower);
+    SCOPED_TRACE(::testing::Message() << lower << "..<" << upper << " with "
+                                      << ::testing::PrintToString(utf8RepairingUTF16(with)));
+    document.edit({start, static_cast<std::int64_t>(upper)}, with);
+    document.edit({start, start + static_cast<std::int64_t>(with.size())},
+                  text.substr(lower, upper - lower));
+  };
+  for (std::size_t lower = 0; lower <= text.size(); ++lower) {
+    for (std::size_t upper = lower + 1; upper <= text.size(); ++upper)
+      ASSERT_NO_THROW(replaceAndPutBack(lower, upper, u"")) << lower << "..<" << upper;
+    for (const std::u16string& insert : inserts)
+      ASSERT_NO_THROW(replaceAndPutBack(lower, lower, insert)) << lower;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Packs, OracleOfSmallPages,
+    ::testing::Values(SmallPage{"HTML",
+                                "html",
+                                u"<p><style>b{c:d}</style>\n<script>f(`a`)</script>",
+                                {u" ", u"<", u"\"", u"<!--", u"{"}},
+                      SmallPage{"Markdown",
+                                "markdown",
+                                u"*a*\n\n<b>c</b>\n\n```js\n// d\n```\n`e`",
+                                {u" ", u"\n", u"`", u"<", u"- "}},
+                      SmallPage{"JavaScript",
+                                "javascript",
+                                u"/** @a */ f(/b/, `${c}`, css`d{e:f}`)",
+                                {u" ", u"`", u"/*", u"//", u"'"}},
+                      SmallPage{"CPlusPlus",
+                                "cpp",
+                                u"#define A(b) b + 1\nint c = A(\"d\"); // e",
+                                {u" ", u"\\\n", u"\"", u"/*", u"R\"("}}),
+    [](const auto& row) { return std::string(row.param.name); });
+
 /// Asks another resolver, and cancels the document's parse at a certain question.
 class CancellingResolver : public ParseConfigurationResolving {
 public:
