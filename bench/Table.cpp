@@ -15,6 +15,8 @@ namespace {
 constexpr std::size_t nameWidth = 46;
 constexpr std::size_t timeWidth = 12;
 constexpr std::size_t ratioWidth = 14;
+constexpr std::size_t latencyNameWidth = 36;
+constexpr std::size_t goalWidth = 8;
 
 /// The columns that `text` takes on a terminal; all that we print are single ones.
 std::size_t widthOf(std::string_view text) {
@@ -119,6 +121,28 @@ std::string lineFor(const PlainResult& result) {
          right(rate(result.bytesPerSecond), timeWidth) +
          right(rate(result.itemsPerSecond), timeWidth) +
          (result.complexity.empty() ? "" : "  " + result.complexity);
+}
+
+std::string latencyHeading() {
+  std::string line = left("keystroke beside the floor", latencyNameWidth);
+  for (const std::string_view which : {"p50", "p99"})
+    line += right("floor " + std::string(which), timeWidth) +
+            right("ours " + std::string(which), timeWidth) + right("ratio", goalWidth) +
+            right("goal", goalWidth);
+  return line;
+}
+
+std::string lineFor(const LatencyResult& result) {
+  std::string line = left(result.name, latencyNameWidth);
+  for (const Latency& latency : {result.half, result.slowest}) {
+    const std::optional<double> ratio = quotient(latency.ours, latency.floor);
+    const bool isMissed = latency.goal > 0 && ratio.value_or(0) > latency.goal;
+    line +=
+        right(timeText(latency.floor), timeWidth) + right(timeText(latency.ours), timeWidth) +
+        right(ratioText(ratio), goalWidth) +
+        right(latency.goal > 0 ? (isMissed ? "! " : "") + fixed(latency.goal, 2) : "-", goalWidth);
+  }
+  return line;
 }
 
 std::string keystrokeLine(std::string_view name, std::string_view which,

@@ -30,6 +30,21 @@ struct PlainResult {
   std::string complexity; ///< Such as "3.1 ns · N log N"; empty if it wasn't asked for.
 };
 
+/// How long single steps took, in nanoseconds, and what our share of the floor is to be at most; a
+/// goal of 0 is none.
+struct Latency {
+  double floor = 0;
+  double ours = 0;
+  double goal = 0;
+};
+
+/// Of many such steps.
+struct LatencyResult {
+  std::string name;
+  Latency half;    ///< Half of all are as fast or faster.
+  Latency slowest; ///< As slow as the fastest of the slowest hundredth.
+};
+
 /// Instructions of ours for each of the floor's; absent if they weren't counted or the floor has
 /// none.
 [[nodiscard]] std::optional<double> instructionRatio(const PairResult& result);
@@ -49,6 +64,9 @@ struct PlainResult {
 [[nodiscard]] std::string lineFor(const PairResult& result);
 [[nodiscard]] std::string plainHeading();
 [[nodiscard]] std::string lineFor(const PlainResult& result);
+[[nodiscard]] std::string latencyHeading();
+/// A goal that is missed is marked "!".
+[[nodiscard]] std::string lineFor(const LatencyResult& result);
 /// Of the table of keystrokes: what was typed in, which part of the keystrokes the line tells of,
 /// and a cell for each column.
 [[nodiscard]] std::string keystrokeLine(std::string_view name, std::string_view which,

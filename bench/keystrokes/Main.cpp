@@ -1,12 +1,13 @@
-// How long single keystrokes take in documents of several lengths, and in which steps: the half of
-// them and the slowest hundredth. There is no floor here; "document/keystroke" of the parser's
-// benchmarks has one.
+// How long single keystrokes take in documents of several lengths: the half of them and the slowest
+// hundredth. The first table tells in which steps, the second what the bare runtime takes for the
+// like.
 //
-// A line of code is typed letter by letter at the ends of lines that lie all over the document, and
-// taken back. On its way it opens strings and brackets, as typing does.
+// For the first a line of code is typed letter by letter at the ends of lines that lie all over the
+// document, and taken back. On its way it opens strings and brackets, as typing does.
 
 #include "VelmarParser/Document/Parse.h"
 #include "bench/Table.h"
+#include "bench/keystrokes/BesideTheFloor.h"
 #include "bench/packs/Documents.h"
 
 #include <algorithm>
@@ -26,12 +27,17 @@ namespace {
 
 constexpr std::string_view usage = R"(Usage: keystrokes [OPTION]…
   --filter=REGEX   only the documents with a match in their name
-  --seconds=N      how long to type in each document (10)
+  --seconds=N      how long to type in each document of the first table (10)
+  --table=NAME     only this table: "steps" or "floor"
+In the environment VELMAR_KEYSTROKES says how many keys each line of the second table tells of (20),
+and with VELMAR_LARGE set it has lines of the largest documents, too.
 )";
 
 struct Options {
   std::regex filter{"."};
   std::chrono::seconds time{10};
+  bool steps = true;
+  bool floor = true;
   bool help = false;
 };
 
@@ -50,6 +56,11 @@ Options optionsFrom(int argumentCount, char** arguments) {
       if (error != std::errc() || end != value.data() + value.size() || seconds < 1)
         throw std::invalid_argument("\"" + std::string(value) + "\" isn't a number of seconds.");
       options.time = std::chrono::seconds(seconds);
+    } else if (name == "--table") {
+      if (value != "steps" && value != "floor")
+        throw std::invalid_argument("There is no table \"" + std::string(value) + "\".");
+      options.steps = value == "steps";
+      options.floor = value == "floor";
     } else if (name == "--help") {
       options.help = true;
     } else {
@@ -140,11 +151,7 @@ void measure(const Subject& subject, std::chrono::seconds time) {
             << std::flush;
 }
 
-int run(const Options& options) {
-  if (options.help) {
-    std::cout << usage;
-    return 0;
-  }
+void measureSteps(const Options& options) {
   const std::vector<std::string> phases = {"whole",   "text",       "tree edit", "parse",
                                            "changes", "injections", "spans"};
   std::cout << keystrokeLine("keystroke", "", phases) << '\n';
@@ -152,6 +159,19 @@ int run(const Options& options) {
     if (std::regex_search(subject.name, options.filter))
       measure(subject, options.time);
   }
+}
+
+int run(const Options& options) {
+  if (options.help) {
+    std::cout << usage;
+    return 0;
+  }
+  if (options.steps)
+    measureSteps(options);
+  if (options.steps && options.floor)
+    std::cout << '\n';
+  if (options.floor)
+    measureBesideTheFloor(options.filter);
   return 0;
 }
 

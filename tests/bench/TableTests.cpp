@@ -70,6 +70,18 @@ TEST(BenchTable, LinesAlignWithTheHeading) {
   EXPECT_EQ(lineFor(pairWith(1.2, 100, 110)).size() - 2, pairHeading().size());
 }
 
+TEST(BenchTable, LatenciesAboveTheirGoalAreMarked) {
+  const LatencyResult result{
+      .name = "html/unbalancing", .half = {1'000, 1'200, 1.25}, .slowest = {2'000, 8'000, 2}};
+  const std::string line = lineFor(result);
+  EXPECT_TRUE(line.starts_with("html/unbalancing ")) << line;
+  EXPECT_TRUE(line.find("1.00 µs     1.20 µs    1.20    1.25 ") != line.npos) << line;
+  EXPECT_TRUE(line.ends_with("2.00 µs     8.00 µs    4.00  ! 2.00")) << line;
+  EXPECT_EQ(line.size() - 4, latencyHeading().size());
+  EXPECT_TRUE(lineFor(LatencyResult{.name = "a", .half = {1, 9, 0}, .slowest = {0, 9, 2}})
+                  .ends_with("0.00 ns     9.00 ns       -    2.00"));
+}
+
 } // namespace
 
 } // namespace velmar::bench
