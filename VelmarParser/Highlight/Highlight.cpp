@@ -90,8 +90,11 @@ HighlightResults highlight(const Parse::Layer& layer, TextRange range) {
     return {};
   HighlightBuilder builder(query);
   RegularExpressionPass pass;
-  for (const TextRange& covered : layer.ranges().ranges()) {
-    const auto slice = covered.intersection(range);
+  // A layer that joins the pieces of a long document covers thousands of ranges.
+  const auto covered = layer.ranges().ranges();
+  auto next = std::ranges::upper_bound(covered, range.lowerBound, {}, &TextRange::upperBound);
+  for (; next != covered.end() && next->lowerBound < range.upperBound; ++next) {
+    const auto slice = next->intersection(range);
     if (!slice || slice->isEmpty())
       continue;
     for (const auto& match :
