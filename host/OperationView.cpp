@@ -72,9 +72,8 @@ void OperationView::deliver() {
     streams_.output.write("\x1b[?7l" + liveLine() + "\x1b[?7h");
     hasLiveLine_ = true;
   }
-  // In this order: the steps are told also to those who have stopped reading the output.
-  streams_.errors.flush();
   streams_.output.flush();
+  streams_.errors.flush();
 }
 
 void OperationView::finish() {
@@ -95,8 +94,15 @@ void OperationView::finish() {
 
 void OperationView::writePieces() {
   // On a terminal all goes one way, or the two outputs would not stay in order.
-  for (const Piece& piece : std::exchange(pieces_, {}))
-    (piece.isOutput || isLive() ? streams_.output : streams_.errors).write(piece.text, piece.style);
+  for (const Piece& piece : std::exchange(pieces_, {})) {
+    if (!piece.isOutput && !isLive()) {
+      streams_.errors.write(piece.text, piece.style);
+      continue;
+    }
+    // The steps so far are told also to those who have stopped reading the output.
+    streams_.errors.flush();
+    streams_.output.write(piece.text, piece.style);
+  }
 }
 
 void OperationView::eraseLiveLine() {
