@@ -11,6 +11,7 @@
 #include "host/MemoryCommand.h"
 #include "host/OutlineCommand.h"
 #include "host/PeerCommand.h"
+#include "host/RPCCommand.h"
 #include "host/ReplayCommand.h"
 #include "host/ShowCommand.h"
 #include "host/ShrinkCommand.h"
@@ -152,8 +153,8 @@ std::span<const Command> commands() {
       showCommand(),     explainCommand(),  treeCommand(),   outlineCommand(), foldsCommand(),
       tagsCommand(),     bracketsCommand(), wordsCommand(),  colorsCommand(),  proseCommand(),
       completeCommand(), indentCommand(),   replayCommand(), shrinkCommand(),  languagesCommand(),
-      memoryCommand(),   peerCommand(),     playCommand(),   envCommand(),     whichCommand(),
-      execCommand()};
+      memoryCommand(),   rpcCommand(),      peerCommand(),   playCommand(),    envCommand(),
+      whichCommand(),    execCommand()};
   return all;
 }
 

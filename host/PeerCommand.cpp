@@ -1,13 +1,12 @@
 #include "host/PeerCommand.h"
 
-#include "VelmarCode/Framing/BaseProtocolMessageFramer.h"
 #include "VelmarCode/Framing/StreamPlayer.h"
-#include "VelmarCore/JSON/JSONValue.h"
-#include "VelmarPlatform/Coding/JSON/JSONCoding.h"
-#include "VelmarPlatform/Coding/Record.h"
+#include "VelmarPlatform/Basics/Overloaded.h"
 #include "VelmarPlatform/Concurrency/MainExecutor.h"
+#include "VelmarPlatform/Concurrency/Socket.h"
 #include "VelmarPlatform/Files/FileContents.h"
 #include "host/PeerFaults.h"
+#include "host/RPCConversation.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -19,39 +18,39 @@ namespace {
 
 constexpr std::int64_t largestRecord = std::int64_t{1} << 30;
 
-/// What of a message a bad peer looks at.
-struct Heard {
-  std::optional<JSONValue> id;
-  std::optional<std::string> method;
-  bool operator==(const Heard&) const = default;
-  static std::span<const FieldRow> rows() {
-    static constexpr auto table =
-        rowsOf<Heard>(row<&Heard::id>("id"), row<&Heard::method>("method"));
-    return table;
-  }
-};
-
-/// Answers each request on `stream` until one of the two ends.
-Task<void> misbehave(const PeerFault* fault, std::shared_ptr<StreamingIO> stream) {
-  BaseProtocolMessageFramer framer(stream);
-  while (const std::optional<Bytes> message = co_await framer.read()) {
-    const auto heard = JSONDecoder().decode<Heard>(std::span(*message));
-    if (!heard.id || !heard.method)
-      continue;
-    for (const std::string& piece : fault->answer(JSONEncoder().encode(*heard.id))) {
-      const auto bytes = bytesOf(piece);
-      co_await stream->write(Bytes(bytes.begin(), bytes.end()));
-    }
-    if (fault->after == AfterFault::end)
-      co_return;
-  }
+SocketAddress addressToListenAt(const NetworkEndpoint& endpoint) {
+  return std::visit(
+      Overloaded{[](const NetworkEndpoint::UnixSocket& socket) {
+                   return SocketAddress::unixPath(socket.path.string());
+                 },
+                 [](const NetworkEndpoint::HostPort& place) {
+                   const auto* address = std::get_if<IPv4Address>(&place.host.value());
+                   if (address == nullptr)
+                     throw UsageError("“--listen” needs unix:PATH or an IPv4 address with a port.");
+                   return SocketAddress::ipv4(address->rawValue(), place.port.rawValue);
+                 }},
+      endpoint.value());
 }
 
-/// Runs a peer on standard input and output. That the other side has gone is its good right.
+/// The stream to the first who connects.
+Task<std::shared_ptr<StreamingIO>> acceptOne(SocketAddress address) {
+  ListeningSocket listener(address);
+  const auto socket = co_await listener.accept();
+  co_return StreamingIO::subprocess(AsyncBytes(socket), InputWriter(socket));
+}
+
+/// Runs a peer on standard input and output, or on a connection to `endpoint`. That the other side
+/// has gone is its good right.
 template <class Peer>
-void runOnStandardIO(Peer peer) {
+void runPeerOn(std::optional<std::string_view> endpoint, Peer peer) {
+  const auto whole = [&]() -> Task<void> {
+    if (endpoint)
+      co_await peer(co_await acceptOne(addressToListenAt(endpointFromText(*endpoint))));
+    else
+      co_await peer(StreamingIO::standardIO());
+  };
   try {
-    mainExecutor().run([&] { return peer(StreamingIO::standardIO()); });
+    mainExecutor().run(whole);
   } catch (const SystemError& error) {
     if (error.code() != EPIPE)
       throw;
@@ -59,6 +58,7 @@ void runOnStandardIO(Peer peer) {
 }
 
 void list(Streams& streams) {
+  streams.output.write(fmt::format("  {:<16} {}\n", "echo", "no fault: the parameters come back"));
   for (const PeerFault& fault : peerFaults())
     streams.output.write(fmt::format("  {:<16} {}\n", fault.name, fault.summary));
 }
@@ -69,6 +69,9 @@ void runPeer(const Arguments& arguments, Streams& streams) {
   if (arguments.operands.size() != 1)
     throw UsageError("“velmar peer” needs one fault; “--list” tells them.");
   const std::string& name = arguments.operands.front();
+  const auto endpoint = arguments.valueOf("--listen");
+  if (name == "echo")
+    return runPeerOn(endpoint, [](auto stream) { return echo(std::move(stream)); });
   const auto fault = std::ranges::find(peerFaults(), name, &PeerFault::name);
   if (fault == peerFaults().end()) {
     std::vector<std::string_view> names;
@@ -76,7 +79,7 @@ void runPeer(const Arguments& arguments, Streams& streams) {
       names.push_back(each.name);
     throw UsageError(fmt::format("There is no fault “{}”{}", name, endWithSuggestion(name, names)));
   }
-  runOnStandardIO([&](auto stream) { return misbehave(&*fault, std::move(stream)); });
+  runPeerOn(endpoint, [&](auto stream) { return playFault(&*fault, std::move(stream)); });
 }
 
 void runPlay(const Arguments& arguments, Streams& /*streams*/) {
@@ -85,8 +88,9 @@ void runPlay(const Arguments& arguments, Streams& /*streams*/) {
   const Bytes text = readFile(FilePath(arguments.operands.front()), {.sizeLimit = largestRecord});
   auto record = readStreamRecord(charactersOf(text));
   const StreamPlayOptions options{.keepsPauses = arguments.has("--pauses")};
-  runOnStandardIO(
-      [&](auto stream) { return playStreamRecord(std::move(record), std::move(stream), options); });
+  runPeerOn(std::nullopt, [&](auto stream) {
+    return playStreamRecord(std::move(record), std::move(stream), options);
+  });
 }
 
 } // namespace
@@ -95,11 +99,12 @@ Command peerCommand() {
   return {
       .name = "peer",
       .summary = "Be a bad JSON-RPC peer on standard input and output.",
-      .usage = "peer FAULT | --list",
+      .usage = "peer FAULT|echo|--list",
       .details =
           "Answers each request that comes, framed as language servers do, with the fault. So\n"
           "one sees what a session makes of it.\n",
-      .options = {{"--list", "", "Print the faults, a line each."}},
+      .options = {{"--list", "", "Print the faults, a line each."},
+                  {"--listen", "PLACE", "Serve one connection to unix:PATH or HOST:PORT."}},
       .examples = {{"velmar peer --list", "What can go wrong."},
                    {"velmar peer huge-length", "A peer that announces 8 EB."}},
       .run = runPeer,

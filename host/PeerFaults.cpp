@@ -1,5 +1,10 @@
 #include "host/PeerFaults.h"
 
+#include "VelmarCode/Framing/BaseProtocolMessageFramer.h"
+#include "VelmarCore/JSON/JSONValue.h"
+#include "VelmarPlatform/Coding/JSON/JSONCoding.h"
+#include "VelmarPlatform/Coding/Record.h"
+
 #include <array>
 
 namespace velmar::host {
@@ -127,10 +132,37 @@ const std::array faults = {
 };
 // clang-format on
 
+/// What of a message a bad peer looks at.
+struct Heard {
+  std::optional<JSONValue> id;
+  std::optional<std::string> method;
+  bool operator==(const Heard&) const = default;
+  static std::span<const FieldRow> rows() {
+    static constexpr auto table =
+        rowsOf<Heard>(row<&Heard::id>("id"), row<&Heard::method>("method"));
+    return table;
+  }
+};
+
 } // namespace
 
 std::span<const PeerFault> peerFaults() {
   return faults;
+}
+
+Task<void> playFault(const PeerFault* fault, std::shared_ptr<StreamingIO> stream) {
+  BaseProtocolMessageFramer framer(stream);
+  while (const std::optional<Bytes> message = co_await framer.read()) {
+    const auto heard = JSONDecoder().decode<Heard>(std::span(*message));
+    if (!heard.id || !heard.method)
+      continue;
+    for (const std::string& piece : fault->answer(JSONEncoder().encode(*heard.id))) {
+      const auto bytes = bytesOf(piece);
+      co_await stream->write(Bytes(bytes.begin(), bytes.end()));
+    }
+    if (fault->after == AfterFault::end)
+      co_return;
+  }
 }
 
 } // namespace velmar::host

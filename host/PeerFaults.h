@@ -1,7 +1,10 @@
 // The ways in which a peer of a JSON-RPC session can go wrong, each with what it writes.
 #pragma once
 
+#include "VelmarCore/Network/StreamingIO.h"
+
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -26,5 +29,9 @@ struct PeerFault {
 
 /// All of them, those that do no harm first.
 [[nodiscard]] std::span<const PeerFault> peerFaults();
+
+/// Answers each request on `stream` with the fault until one of the two ends. Throws what the
+/// stream throws.
+[[nodiscard]] Task<void> playFault(const PeerFault* fault, std::shared_ptr<StreamingIO> stream);
 
 } // namespace velmar::host

@@ -89,6 +89,10 @@ struct Streams {
   /// All of them; without a function there are none.
   std::function<std::map<std::string, std::string, std::less<>>()> environmentVariables = {};
 
+  /// The next line of standard input as soon as it is there, without its line feed, absent at the
+  /// end. It blocks. Without a function, or beside it, there is `readInput`.
+  std::function<std::optional<std::string>()> readLine = {};
+
   [[nodiscard]] std::map<std::string, std::string, std::less<>> allVariables() const {
     return environmentVariables ? environmentVariables()
                                 : std::map<std::string, std::string, std::less<>>();

@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <iostream>
 #include <unistd.h>
 
 int main(int argc, char** argv) {
@@ -28,6 +29,10 @@ int main(int argc, char** argv) {
         return value ? std::optional<std::string>(value) : std::nullopt;
       },
       .environmentVariables = [] { return velmar::SubprocessEnvironment::inherited().values(); },
+      .readLine = []() -> std::optional<std::string> {
+        std::string line;
+        return std::getline(std::cin, line) ? std::optional(line) : std::nullopt;
+      },
   };
   const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
   return static_cast<int>(velmar::host::runCommandLine(words, streams));
