@@ -55,15 +55,20 @@ Task<std::optional<Bytes>> detail::readAtLeast(AsyncBytes input, std::int64_t mi
   precondition(minimumBytes >= 0, "A read can't ask for fewer than 0 bytes.");
   const auto minimum = static_cast<std::size_t>(minimumBytes);
   std::optional<Bytes> bytes = co_await input.next();
-  while (bytes && bytes->size() < minimum) {
-    const std::size_t count = bytes->size();
-    // At most as much again as has come: whoever announces more than he sends costs nothing.
-    bytes->resize(count + std::min(minimum - count, std::max(count, AsyncBytes::chunkSize)));
-    const std::size_t more = co_await input.readInto(std::span(*bytes).subspan(count));
-    bytes->resize(count + more);
+  if (!bytes || bytes->size() >= minimum)
+    co_return bytes;
+  std::size_t filled = bytes->size(); // what is behind is room for more
+  while (filled < minimum) {
+    // At most as much again as has come: whoever announces more than he sends costs nothing. Room
+    // that isn't full yet is used up first: making it costs a pass over it.
+    if (filled == bytes->size())
+      bytes->resize(filled + std::min(minimum - filled, std::max(filled, AsyncBytes::chunkSize)));
+    const std::size_t more = co_await input.readInto(std::span(*bytes).subspan(filled));
     if (more == 0)
       break;
+    filled += more;
   }
+  bytes->resize(filled);
   co_return bytes;
 }
 
