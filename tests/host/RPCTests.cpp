@@ -3,19 +3,112 @@
 #include "VelmarCore/Network/StreamRecord.h"
 #include "VelmarPlatform/Concurrency/MainExecutor.h"
 #include "VelmarPlatform/Concurrency/Socket.h"
+#include "host/PeerFaults.h"
 #include "host/RPCConversation.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <sstream>
+
 namespace velmar::testing {
 namespace {
 
+using namespace std::chrono_literals;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 std::shared_ptr<StreamingIO> streamOf(const std::shared_ptr<AsyncDescriptor>& socket) {
   return StreamingIO::subprocess(AsyncBytes(socket), InputWriter(socket));
+}
+
+/// What somebody sees who sends one request.
+struct Seen {
+  std::string request;
+  std::string session;
+  bool operator==(const Seen&) const = default;
+};
+void PrintTo(const Seen& seen, std::ostream* stream) {
+  *stream << seen.request << " | " << seen.session;
+}
+
+/// The table of faults in the documentation, by name.
+std::map<std::string, Seen> documentedFaults() {
+  std::map<std::string, Seen> faults;
+  std::istringstream text(contentsOf(VELMAR_SOURCE_DIR "/docs/Faults.md"));
+  for (std::string line; std::getline(text, line);) {
+    if (!line.starts_with("| `"))
+      continue;
+    std::vector<std::string> cells;
+    std::istringstream row(line.substr(1));
+    for (std::string cell; std::getline(row, cell, '|');)
+      cells.push_back(cell.substr(1, cell.size() - 2));
+    faults[cells.at(0).substr(1, cells.at(0).size() - 2)] = {cells.at(2), cells.at(3)};
+  }
+  return faults;
+}
+
+/// Plays the peer, and hangs up when it has ended.
+Task<void> play(const host::PeerFault* fault, std::shared_ptr<AsyncDescriptor> socket) {
+  try {
+    co_await host::playFault(fault, streamOf(socket));
+  } catch (const Error&) { // NOLINT(bugprone-empty-catch): the other side may go first
+  }
+  socket->close();
+}
+
+class PeerFaults : public ::testing::TestWithParam<host::PeerFault> {};
+
+TEST_P(PeerFaults, AreSeenAsTheTableOfFaultsSays) {
+  const auto documented = documentedFaults();
+  const auto row = documented.find(std::string(GetParam().name));
+  ASSERT_NE(row, documented.end()) << "docs/Faults.md doesn't tell of it.";
+
+  auto [ours, theirs] = makeSocketPair();
+  TaskScope scope;
+  scope.spawn([socket = theirs] { return play(&GetParam(), socket); });
+  ManualClock clock;
+  std::mutex mutex;
+  std::vector<std::string> lines;
+  const auto keep = [&](std::string line) {
+    line.resize(std::min(line.find('\n'), line.size()));
+    const std::scoped_lock lock(mutex);
+    lines.push_back(line.size() < 200 ? std::move(line) : std::to_string(line.size()) + " bytes");
+  };
+  std::vector<std::string> requests = {"test"};
+  const auto nextLine = [&]() -> Task<std::optional<std::string>> {
+    if (requests.empty())
+      co_return std::nullopt;
+    std::string line = requests.back();
+    requests.pop_back();
+    co_return line;
+  };
+  const auto talk = spawn([&, stream = streamOf(ours)] {
+    return host::converse(stream,
+                          {.nextLine = nextLine, .print = keep, .complain = keep, .clock = &clock});
+  });
+  const bool mustWait = row->second.request.starts_with("No answer came");
+  while (!mainExecutor().runUntil([&] { return talk.isFinished(); }, mustWait ? 5ms : 60s)) {
+    ASSERT_TRUE(mustWait) << "It never ended.";
+    clock.advance(31s);
+  }
+  ASSERT_FALSE(lines.empty());
+  const std::string end = lines.size() > 1 ? lines[1] : "goes on";
+  EXPECT_EQ((Seen{lines.front(), end}), row->second);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, PeerFaults, ::testing::ValuesIn(host::peerFaults()),
+                         [](const auto& row) {
+                           std::string name(row.param.name);
+                           std::ranges::replace(name, '-', '_');
+                           return name;
+                         });
+
+TEST(PeerFaultTable, TellsOfNoOthers) {
+  EXPECT_EQ(documentedFaults().size(), host::peerFaults().size());
 }
 
 TEST(RPC, ShowsTheBytesAroundAPlace) {
