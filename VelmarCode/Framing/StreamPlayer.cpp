@@ -31,6 +31,7 @@ Task<void> playStreamRecord(std::vector<StreamChunk> record, std::shared_ptr<Str
                             StreamPlayOptions options) {
   MessageCounter recorded;
   MessageCounter heard;
+  const auto mustListen = [&] { return heard.count() < recorded.count(); };
   std::int64_t time = 0;
   for (StreamChunk& chunk : record) {
     const std::int64_t pause = std::max<std::int64_t>(0, chunk.milliseconds - time);
@@ -39,7 +40,7 @@ Task<void> playStreamRecord(std::vector<StreamChunk> record, std::shared_ptr<Str
       recorded.add(chunk.data);
       continue;
     }
-    while (heard.count() < recorded.count()) {
+    while (mustListen()) {
       const std::optional<Bytes> bytes = co_await stream->read(0);
       if (!bytes)
         co_return;
@@ -48,6 +49,12 @@ Task<void> playStreamRecord(std::vector<StreamChunk> record, std::shared_ptr<Str
     if (options.keepsPauses && pause > 0)
       co_await options.clock->sleepFor(std::chrono::milliseconds(pause));
     co_await stream->write(std::move(chunk.data));
+  }
+  while (mustListen()) { // to the end, so that nobody's last words fail
+    const std::optional<Bytes> bytes = co_await stream->read(0);
+    if (!bytes)
+      co_return;
+    heard.add(*bytes);
   }
 }
 

@@ -174,6 +174,30 @@ TEST(RPC, SendsLinesAndRecords) {
               HasSubstr(R"({"jsonrpc":"2.0","method":"hello"})"));
 }
 
+/// All that was sent, in one piece.
+std::string sentIn(const std::string& record) {
+  std::string sent;
+  for (const StreamChunk& chunk : readStreamRecord(contentsOf(record)))
+    if (chunk.direction == StreamChunk::Direction::sent)
+      sent += charactersOf(chunk.data);
+  return sent;
+}
+
+// A conversation with clangd 14, recorded by
+//     velmar rpc --record clangd.record --stdio -- clangd < clangd.lines.txt > clangd.out.txt
+TEST(RPC, ARecordedServerIsUnderstoodAsItWas) {
+  const TemporaryFolder folder;
+  const std::string data = VELMAR_SOURCE_DIR "/tests/host/data/clangd.";
+  const std::string record = folder.path + "/record";
+  const auto result =
+      runHost({"rpc", "--stdio", "--record", record, "--", VELMAR_PROGRAM, "play", data + "record"},
+              {.standardInput = contentsOf(data + "lines.txt")});
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.output, contentsOf(data + "out.txt"));
+  EXPECT_EQ(sentIn(record), sentIn(data + "record"));
+}
+
 TEST(RPC, SaysWhatIsWrongWithItsCommandLine) {
   const std::pair<std::vector<std::string>, const char*> cases[] = {
       {{"rpc"}, "needs either"},

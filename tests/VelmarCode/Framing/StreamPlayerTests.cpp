@@ -102,7 +102,8 @@ TEST_P(Player, WaitsForAsManyMessagesAsThereWere) {
                                         {Direction::sent, 4, bytes(framed("2").substr(0, 5))},
                                         {Direction::sent, 5, bytes(framed("2").substr(5))},
                                         {Direction::sent, 5, bytes(framed("3"))},
-                                        {Direction::received, 6, bytes("last")}};
+                                        {Direction::received, 6, bytes("last")},
+                                        {Direction::sent, 7, bytes(framed("bye"))}};
   const auto script = std::make_shared<Script>(GetParam().heard);
   mainExecutor().run([&] { return playStreamRecord(record, script); });
   EXPECT_EQ(script->log, GetParam().log);
@@ -111,9 +112,10 @@ INSTANTIATE_TEST_SUITE_P(
     Cases, Player,
     testing::Values(
         PlayCase{"OneByOne",
-                 {framed("one"), framed("two"), framed("three")},
-                 "noise <Con>first <Con><Con>last"},
-        PlayCase{"AllAtOnce", {framed("1") + framed("2") + framed("3")}, "noise <Con>first last"},
+                 {framed("one"), framed("two"), framed("three"), framed("bye")},
+                 "noise <Con>first <Con><Con>last<Con>"},
+        PlayCase{
+            "AllAtOnce", {framed("1") + framed("2") + framed("3")}, "noise <Con>first last<end>"},
         PlayCase{"EndsWithTheStream", {framed("1"), "Content"}, "noise <Con>first <Con><end>"}),
     [](const auto& row) { return std::string(row.param.name); });
 
