@@ -189,11 +189,11 @@ Command execCommand() {
           "installers. On a terminal the last line tells how long it has taken. Otherwise what "
           "the\n"
           "program writes to standard output goes there, and all else to standard error.\n"
-          "Ctrl-C and SIGTERM ask the program to end, with all that it started; the second time, "
-          "or\n"
-          "five seconds later, it is killed. The exit code is the program’s own; 128 and the "
-          "signal’s number if a\n"
-          "signal ended it; 127 if it wasn’t found and 126 if it can’t be run.\n",
+          "Ctrl-C, SIGTERM and a terminal that hangs up ask the program to end, with all that it\n"
+          "started; the second time, or five seconds later, it is killed. The exit code is the\n"
+          "program’s own; 128 and the signal’s number if a signal ended it; 127 if it wasn’t "
+          "found\n"
+          "and 126 if it can’t be run.\n",
       .options = {},
       .examples = {{"velmar exec -- make -j2", "Build with a live view."},
                    {"velmar exec -- sh -c 'ls; exit 3'", "Ends with the exit code 3."}},

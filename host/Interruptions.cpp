@@ -16,6 +16,10 @@ sigset_t interruptions() {
   sigemptyset(&signals);
   sigaddset(&signals, SIGINT);
   sigaddset(&signals, SIGTERM);
+  // The terminal has gone. A program that was started so as to outlive it ignores that.
+  struct sigaction hangUp{};
+  if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN)
+    sigaddset(&signals, SIGHUP);
   return signals;
 }
 

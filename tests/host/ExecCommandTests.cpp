@@ -145,6 +145,7 @@ INSTANTIATE_TEST_SUITE_P(
         SignalCase{"ProgramsMaySayGoodBye",
                    "trap 'echo bye; exit 7' TERM; echo ready; while :; do sleep 1; done", SIGINT,
                    false, "bye\n"},
+        SignalCase{"HangUp", "echo ready; sleep 1000", SIGHUP, false, ""},
         SignalCase{"Termination", "echo ready; sleep 1000", SIGTERM, false, ""},
         SignalCase{"OneThatNeverStopsWriting", "yes ready", SIGINT, false, "ready\nready\n"},
         SignalCase{"TheSecondKills", "trap '' TERM; echo ready; while :; do sleep 1; done", SIGINT,
