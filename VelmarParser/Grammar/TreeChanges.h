@@ -3,8 +3,8 @@
 //
 // A tree keeps long lists of children as balanced trees of hidden nodes, and an edit marks the
 // nodes on its way. So what changed is found in a few steps from the root, past whatever the edit
-// didn't touch. The source beside this is the one place that knows how the runtime lays out its
-// nodes; it is written for the runtime's version that grammars/package.json pins.
+// didn't touch. The source beside this knows, as few others do, how the runtime lays out its nodes;
+// it is written for the runtime's version that grammars/package.json pins.
 #pragma once
 
 #include "VelmarParser/Grammar/TreeUnits.h"
