@@ -29,7 +29,7 @@ struct RegionPart {
 [[nodiscard]] inline bool isMostlyDirty(const Query& query, const LayerChange& change,
                                         std::int64_t count) {
   std::int64_t dirty = 0;
-  for (const TextRange& range : change.dirty.ranges())
+  for (const TextRange& range : change.dirtyFor(query).ranges())
     dirty += range.length();
   // Where each pattern has one root, the old tree needn't be asked about all of it, too.
   return dirty > (query.hasSingleRoots() ? count - count / 8 : count / 3);
@@ -52,17 +52,20 @@ inline void appendEndsOf(TextRange dirty, std::vector<TextRange>& ends) {
 /// the text that they saw is gone. So all that the old matches captured counts. What lies in a
 /// dirty range does anyway; a match that captured something elsewhere as well has a root that
 /// reaches out of it, so that it is enough to ask at its ends, unless a pattern has several roots.
+/// If the new tree has the same nodes it has the same matches, too, and ChangedMatches sees these.
 [[nodiscard]] inline TextRangeSet regionToAsk(const Query& query, const LayerChange& change,
                                               std::int64_t count) {
-  TextRangeSet region = change.dirty;
-  const ParseNode old = change.old->rootNode();
+  TextRangeSet region = change.dirtyFor(query);
   std::vector<TextRange> asked;
-  for (const TextRange& dirty : change.dirty.ranges()) {
+  for (const TextRange& dirty : region.ranges()) {
+    if (change.hasSameNodes)
+      break;
     if (query.hasSingleRoots())
       appendEndsOf(dirty, asked);
     else
       asked.push_back(dirty);
   }
+  const ParseNode old = change.old->rootNode();
   for (const TextRange& part : asked) {
     const auto range = part.intersection(old.utf16Range());
     if (!range || range->isEmpty())
@@ -75,6 +78,43 @@ inline void appendEndsOf(TextRange dirty, std::vector<TextRange>& ends) {
   region.formIntersection(TextRangeSet({0, count}));
   return region;
 }
+
+/// Tells apart the matches of a new tree that an edit can have changed from those that it can't,
+/// and adds to the region all that the former capture.
+///
+/// Where the old tree had the same nodes, it had the same matches. A predicate answers otherwise
+/// only if the text of a node that it looks at has changed, and it looks at captures alone.
+class ChangedMatches {
+public:
+  /// Both must outlive it.
+  ChangedMatches(const LayerChange& change, TextRangeSet& region)
+      : change_(change.hasSameNodes ? &change : nullptr), region_(&region) {}
+  /// All may have changed.
+  ChangedMatches() = default;
+
+  /// For QueryMatches: looks at the next match.
+  void operator()(const Query::Match& match) {
+    if (!change_)
+      return;
+    mayHaveChanged_ = std::ranges::any_of(match.captures(), [&](const auto& capture) {
+      return change_->dirty.intersectsContentsOf(capture.node().utf16Range());
+    });
+    if (mayHaveChanged_) {
+      for (const auto& capture : match.captures())
+        region_->insertContentsOf(capture.node().utf16Range());
+    }
+  }
+
+  /// Whether something that the match has found in `found` matters in a range that was asked.
+  [[nodiscard]] bool matters(TextRange found, TextRange asked) const {
+    return mayHaveChanged_ || found.overlaps(asked) || asked.containsRange(found);
+  }
+
+private:
+  const LayerChange* change_ = nullptr; // null if it tells nothing
+  TextRangeSet* region_ = nullptr;
+  bool mayHaveChanged_ = true;
+};
 
 /// Grows `region` by what `find(range, found, region)` finds, and by what that adds itself, until
 /// nothing reaches out of its range. A match that lies elsewhere is found again there, beside all

@@ -1,5 +1,6 @@
 // What the injections query of a layer says about the languages inside it.
 
+#include "VelmarParser/Document/ChangedRegion.h"
 #include "VelmarParser/Document/InjectionPoint.h"
 #include "VelmarParser/Document/Parse.h"
 #include "VelmarParser/Grammar/TreeUnits.h"
@@ -8,6 +9,7 @@
 
 namespace velmar {
 
+using detail::ChangedMatches;
 using detail::InjectionPoint;
 using detail::LayerImpl;
 using detail::treeRange;
@@ -110,19 +112,23 @@ TSRange detail::treeRange(TextRange range, const DocumentText& text) {
 
 bool Parse::findInjections(const LayerImpl& layer, RegularExpressionPass& pass,
                            const std::shared_ptr<const Query>& query, TextRange range,
-                           std::vector<InjectionPoint>& points) const {
+                           ChangedMatches changed, std::vector<InjectionPoint>& points) const {
   const ParseNode root = layer.rootNode();
   const auto searched = range.intersection(root.utf16Range());
   if (!searched)
     return true;
-  const QueryMatches matches(query, root, *searched, lines_, {}, &pass);
+  const QueryMatches matches =
+      QueryMatches(query, root, *searched, lines_, {}, &pass).seenBy(changed);
   auto found = matches.begin();
   for (; found != matches.end(); ++found) {
     const Metadata metadata(found->metadata);
     const InjectionCaptures captures(found->base);
     TextRangeSet content = captures.content();
     content.formIntersection(layer.ranges);
-    if (content.isEmpty())
+    const auto hull = [](const TextRangeSet& set) {
+      return TextRange(set.ranges().front().lowerBound, set.ranges().back().upperBound);
+    };
+    if (content.isEmpty() || !changed.matters(hull(content), range))
       continue;
 
     InjectedLanguage language(metadata, layer);
@@ -139,9 +145,6 @@ bool Parse::findInjections(const LayerImpl& layer, RegularExpressionPass& pass,
     if (!language.configuration)
       continue;
 
-    const auto hull = [](const TextRangeSet& set) {
-      return TextRange(set.ranges().front().lowerBound, set.ranges().back().upperBound);
-    };
     // A language that injects itself over all of itself would never end.
     if (language.configuration->id() == layer.configuration.id() &&
         hull(content) == hull(layer.ranges))

@@ -104,7 +104,7 @@ TextRangeSet Parse::parseAllInjections(const LayerPtr& layer, const LayerEdit& e
   const std::int64_t errorsBefore = errorCount_;
   std::vector<InjectionPoint> points;
   const bool isComplete =
-      findInjections(*layer, *edit.pass, query, layer->rootNode().utf16Range(), points);
+      findInjections(*layer, *edit.pass, query, layer->rootNode().utf16Range(), {}, points);
   sortBy(points, &InjectionPoint::range);
 
   const std::vector<MovedSublayer> old = movedSublayers(std::exchange(layer->sublayers, {}), edit);
@@ -233,16 +233,22 @@ Parse::changedInjections(LayerImpl& layer, const LayerEdit& edit, const LayerCha
     }
   }
 
+  const auto insertPlacesIn = [&](TextRange range, TextRangeSet& asked) {
+    const auto [first, last] = settled.indicesIn(range);
+    for (std::size_t place = first; place < last; ++place)
+      asked.insertContentsOf(settled.ranges()[place]);
+  };
+  for (const TextRange& range : TextRangeSet(region).ranges())
+    insertPlacesIn(range, region);
+
   // What goes wrong here is told when all injections are gone through.
   const std::int64_t errorsBefore = errorCount_;
   hidesErrors_ = true;
   auto parts = detail::settle<InjectionPoint>(
       std::move(region),
       [&](TextRange range, std::vector<InjectionPoint>& found, TextRangeSet& asked) {
-        const auto [first, last] = settled.indicesIn(range);
-        for (std::size_t place = first; place < last; ++place)
-          asked.insertContentsOf(settled.ranges()[place]);
-        return findInjections(layer, *edit.pass, query, range, found);
+        insertPlacesIn(range, asked);
+        return findInjections(layer, *edit.pass, query, range, {change, asked}, found);
       });
   hidesErrors_ = false;
   if (!parts || errorCount_ != errorsBefore)

@@ -11,6 +11,7 @@
 
 namespace velmar {
 
+using detail::ChangedMatches;
 using detail::LayerChange;
 using detail::LayerEdit;
 using detail::LayerImpl;
@@ -24,20 +25,22 @@ struct ClassifiedRange {
   LexicalClass lexicalClass;
 };
 
-/// The captures in a part of a layer that are to be laid down. Gives false if matches were dropped
-/// because too many were in progress; what is found then depends on where the search began.
+/// The captures in a part of a layer that are to be laid down. Leaves out those elsewhere that
+/// can't have changed. Gives false if matches were dropped because too many were in progress; what
+/// is found then depends on where the search began.
 bool findClassified(const std::shared_ptr<const Query>& query, ParseNode root, TextRange range,
-                    const DocumentText& text, RegularExpressionPass* pass,
+                    const DocumentText& text, RegularExpressionPass* pass, ChangedMatches& changed,
                     std::vector<ClassifiedRange>& found) {
   const auto searched = range.intersection(root.utf16Range());
   if (!searched || searched->isEmpty())
     return true;
-  const QueryMatches matches(query, root, *searched, text, {}, pass);
+  const QueryMatches matches = QueryMatches(query, root, *searched, text, {}, pass).seenBy(changed);
   auto match = matches.begin();
   for (; match != matches.end(); ++match) {
     for (const auto& capture : match->captures()) {
       const auto& selector = capture.selector();
-      if (selector && selector->lexicalClass())
+      if (selector && selector->lexicalClass() &&
+          changed.matters(capture.node().utf16Range(), range))
         found.push_back({capture.node().utf16Range(), *selector->lexicalClass()});
     }
   }
@@ -73,14 +76,17 @@ void Parse::updateLexicalSpans(LayerImpl& layer, const LayerEdit& edit, const La
     return;
   }
 
-  const auto find = [&](TextRange range, std::vector<ClassifiedRange>& found) {
-    return findClassified(query, layer.rootNode(), range, lines_, edit.pass, found);
+  const auto find = [&](TextRange range, ChangedMatches changed,
+                        std::vector<ClassifiedRange>& found) {
+    return findClassified(query, layer.rootNode(), range, lines_, edit.pass, changed, found);
   };
   if (change.old && layer.spansArePiecewise &&
       !detail::isMostlyDirty(*query, change, lines_.count())) {
-    const auto parts = settle<ClassifiedRange>(
-        regionToAsk(*query, change, lines_.count()),
-        [&](TextRange range, auto& found, TextRangeSet&) { return find(range, found); });
+    const auto parts =
+        settle<ClassifiedRange>(regionToAsk(*query, change, lines_.count()),
+                                [&](TextRange range, auto& found, TextRangeSet& region) {
+                                  return find(range, {change, region}, found);
+                                });
     if (parts) {
       layer.lexicalSpans.replaceSubrange({edit.range.lowerBound, edit.oldUpperBound()},
                                          std::nullopt, edit.range.length());
@@ -93,7 +99,7 @@ void Parse::updateLexicalSpans(LayerImpl& layer, const LayerEdit& edit, const La
 
   std::vector<ClassifiedRange> found;
   layer.spansArePiecewise =
-      find(layer.rootNode().utf16Range(), found) && !query->asksForSurroundings();
+      find(layer.rootNode().utf16Range(), {}, found) && !query->asksForSurroundings();
   layer.lexicalSpans = laidDown({0, lines_.count()}, std::move(found));
 }
 

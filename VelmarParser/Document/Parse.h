@@ -39,6 +39,7 @@
 namespace velmar {
 
 namespace detail {
+class ChangedMatches;
 struct InjectionPoint;
 struct MovedSublayer;
 template <class Found>
@@ -151,10 +152,11 @@ private:
   void giveUpParse(detail::LayerImpl& layer, std::optional<ParseTree> old);
   TextRangeSet parseInjections(const LayerPtr& layer, const detail::LayerEdit& edit,
                                const detail::LayerChange& change);
-  /// Adds the places that an injections query finds in a part of a layer. Gives false if the
-  /// runtime had to drop matches.
+  /// Adds the places that an injections query finds in a part of a layer, but for those elsewhere
+  /// that can't have changed. Gives false if the runtime had to drop matches.
   bool findInjections(const detail::LayerImpl& layer, RegularExpressionPass& pass,
                       const std::shared_ptr<const Query>& query, TextRange range,
+                      detail::ChangedMatches changed,
                       std::vector<detail::InjectionPoint>& points) const;
   TextRangeSet parseAllInjections(const LayerPtr& layer, const detail::LayerEdit& edit,
                                   const std::shared_ptr<const Query>& query);

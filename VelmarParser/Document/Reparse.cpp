@@ -4,8 +4,11 @@
 #include "VelmarParser/Document/Parse.h"
 #include "VelmarParser/Grammar/ParseInput.h"
 #include "VelmarParser/Grammar/TreeChanges.h"
+#include "VelmarParser/Grammar/TreeComparison.h"
 #include "VelmarParser/Grammar/TreeDisposal.h"
 #include "VelmarParser/Grammar/TreeUnits.h"
+
+#include <algorithm>
 
 namespace velmar {
 
@@ -42,16 +45,16 @@ TextRangeSet changedRanges(const TextRangeSet& reported, const ParseTree& old,
   return changed;
 }
 
-/// What touches every node that the two trees don't have in common, or whose text was edited. A
-/// unit on either side of a place makes the nodes that end or begin there count: to the runtime, a
-/// token that only begins or ends elsewhere than before is the same.
-TextRangeSet dirtyRanges(const TextRangeSet& reported, const ParseTree& old, const ParseTree& tree,
-                         TextRange edited) {
+/// The places at which two trees differ, the edit, and what moved. A unit on either side of each
+/// makes the nodes that end or begin there count: to the runtime, a token that only begins or ends
+/// elsewhere than before is the same.
+TextRangeSet dirtyRanges(const TextRangeSet& differences, const ParseTree& old,
+                         const ParseTree& tree, TextRange edited) {
   TextRangeSet dirty;
   const auto insertAround = [&](std::int64_t lower, std::int64_t upper) {
     dirty.insertContentsOf({std::max<std::int64_t>(lower - 1, 0), upper + 1});
   };
-  for (const TextRange& range : reported.ranges())
+  for (const TextRange& range : differences.ranges())
     insertAround(range.lowerBound, range.upperBound);
   insertAround(edited.lowerBound, edited.upperBound);
   // A root begins at its first child, so a blank in front moves it.
@@ -64,6 +67,34 @@ TextRangeSet dirtyRanges(const TextRangeSet& reported, const ParseTree& old, con
     insertAround(std::min(before.upperBound, after.upperBound),
                  std::max(before.upperBound, after.upperBound));
   return dirty;
+}
+
+/// What a new tree is to the edited old one.
+LayerChange changeOf(const ParseTree& old, const ParseTree& tree, TextRange edited) {
+  constexpr std::size_t mostPlaces = 24;
+  LayerChange change;
+  change.old = &old;
+  const auto differences = differencesOf(*old.base(), *tree.base(), mostPlaces);
+  change.hasSameNodes = differences && differences->places.empty();
+  if (!change.hasSameNodes) // else there is nothing to report
+    change.reported = reportedRanges(tree, old);
+  if (!differences) {
+    change.dirty = dirtyRanges(change.reported, old, tree, edited);
+    return change;
+  }
+  TextRangeSet nodes;
+  const auto insert = [&](const Range<TreeByte>& place) {
+    const TextRange range = utf16Range(place.lowerBound, place.upperBound);
+    nodes.insertContentsOf({range.lowerBound, std::max(range.upperBound, range.lowerBound + 1)});
+  };
+  std::ranges::for_each(differences->places, insert);
+  // A query most likely captures a token that was edited, so it is asked about all of it.
+  if (differences->editedTokens)
+    insert(*differences->editedTokens);
+  change.dirtyNodes = dirtyRanges(nodes, old, tree, edited);
+  nodes.formUnion(change.reported);
+  change.dirty = dirtyRanges(nodes, old, tree, edited);
+  return change;
 }
 
 /// A new tree shares all nodes with the old one but those in what changed, and only these are freed
@@ -113,10 +144,9 @@ TextRangeSet Parse::reparse(const LayerPtr& layer, const LayerEdit& edit) {
   TextRangeSet changed;
   const bool isTouched = layer->depth == 0 || layer->intersects(edit.range);
   if (old) {
-    const TextRangeSet reported = reportedRanges(*tree, *old);
-    change = {&*old, dirtyRanges(reported, *old, *tree, edit.range)};
+    change = changeOf(*old, *tree, edit.range);
     if (isTouched)
-      changed = changedRanges(reported, *old, *layer, edit.range);
+      changed = changedRanges(change.reported, *old, *layer, edit.range);
   } else if (isTouched) {
     changed = layer->depth > 0 ? layer->ranges : TextRangeSet({0, lines_.count()});
   }
@@ -132,7 +162,7 @@ TextRangeSet Parse::reparse(const LayerPtr& layer, const LayerEdit& edit) {
   layer->isQuiet = layer->hasQuietSublayers && errorCount_ == errorsBefore;
   if (old) {
     edit.enter(EditPhase::changes);
-    disposeOld(std::move(*old), change.dirty);
+    disposeOld(std::move(*old), change.dirtyNodes ? *change.dirtyNodes : change.dirty);
   }
   return changed;
 }

@@ -88,11 +88,17 @@ Range<std::size_t> SettledPlaces::indicesIn(TextRange range) const {
 }
 
 void SettledPlaces::moveWith(const LayerEdit& edit) {
-  for (TextRange& range : ranges_) {
-    range = movedWithEdit(range, edit);
-    if (range.isEmpty()) // gone; a unit beside it makes it count among the places there
-      range = range.lowerBound > 0 ? TextRange(range.lowerBound - 1, range.lowerBound)
-                                   : TextRange(0, 1);
+  auto range = std::ranges::partition_point(
+      ranges_, [&](const TextRange& each) { return each.upperBound <= edit.range.lowerBound; });
+  for (; range != ranges_.end() && range->lowerBound < edit.oldUpperBound(); ++range) {
+    *range = movedWithEdit(*range, edit);
+    if (range->isEmpty()) // gone; a unit beside it makes it count among the places there
+      *range = range->lowerBound > 0 ? TextRange(range->lowerBound - 1, range->lowerBound)
+                                     : TextRange(0, 1);
+  }
+  for (; range != ranges_.end(); ++range) {
+    range->lowerBound += edit.changeInLength;
+    range->upperBound += edit.changeInLength;
   }
 }
 

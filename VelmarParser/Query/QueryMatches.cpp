@@ -6,8 +6,8 @@ QueryMatches::Iterator::Iterator(const QueryMatches& matches)
     : query_(matches.query_), properties_(matches.properties_),
       ownPass_(matches.pass_ ? nullptr : std::make_unique<RegularExpressionPass>()),
       pass_(matches.pass_ ? matches.pass_ : ownPass_.get()),
-      evaluator_({.text = *matches.text_, .pass = pass_}),
-      element_{.base = Query::Match(*query_), .metadata = {}} {
+      evaluator_({.text = *matches.text_, .pass = pass_}), listener_(matches.listener_),
+      seen_(matches.seen_), element_{.base = Query::Match(*query_), .metadata = {}} {
   if (matches.node_)
     cursor_.emplace(query_->matchesStartingAt(*matches.node_, matches.range_), matches.cancel_);
   advance();
@@ -20,6 +20,8 @@ void QueryMatches::Iterator::advance() {
 }
 
 bool QueryMatches::Iterator::survives() {
+  if (seen_)
+    seen_(listener_, element_.base);
   const auto pattern = static_cast<std::size_t>(element_.patternIndex());
   if (!evaluator_.satisfies(query_->filterPredicates()[pattern], element_.base))
     return false;

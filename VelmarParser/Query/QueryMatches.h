@@ -60,6 +60,17 @@ public:
     return std::move(*this);
   }
 
+  /// Makes walks tell `listener` of each match before the predicates are asked. It must outlive
+  /// them.
+  template <class Listener>
+  [[nodiscard]] QueryMatches seenBy(Listener& listener) && {
+    listener_ = &listener;
+    seen_ = [](void* object, const Query::Match& match) {
+      (*static_cast<Listener*>(object))(match);
+    };
+    return std::move(*this);
+  }
+
   [[nodiscard]] const std::shared_ptr<const Query>& query() const noexcept { return query_; }
   [[nodiscard]] const std::optional<ParseNode>& node() const noexcept { return node_; }
   [[nodiscard]] TextRange range() const noexcept { return range_; }
@@ -81,6 +92,8 @@ private:
   QueryMatchMetadata properties_;
   RegularExpressionPass* pass_;
   const CancellationToken* cancel_ = nullptr;
+  void* listener_ = nullptr;
+  void (*seen_)(void*, const Query::Match&) = nullptr;
 };
 
 /// A walk under way; move-only. The element that it stands at is reused for the next one: copy it
@@ -122,6 +135,8 @@ private:
   RegularExpressionPass* pass_;
   PredicateEvaluator evaluator_;
   std::optional<QueryCursor> cursor_; // absent without a node
+  void* listener_;
+  void (*seen_)(void*, const Query::Match&);
   Element element_;
   bool isAtEnd_ = false;
 };
