@@ -4,8 +4,7 @@
 //     std::string reason;
 //   };
 //   MessageObservation observation = addObserver<DidStop>(
-//       center, client, [](const DidStop& message, const std::shared_ptr<LanguageClient>& who) { …
-//       });
+//       center, client, [](const DidStop& stop, const std::shared_ptr<LanguageClient>& who) { … });
 //   post(center, DidStop{.reason = "crashed"}, client);
 //
 // The kind of a message says where its observers run. A `MainActorNotification` is handled on the

@@ -4,8 +4,8 @@
 // promises to keep.
 //
 //     void floorCopy(bench::State& state) {
-//       const std::string text(static_cast<std::size_t>(state.size()), 'a'); // set-up: not
-//       measured for (auto _ : state)
+//       const std::string text(static_cast<std::size_t>(state.size()), 'a'); // isn't measured
+//       for (auto _ : state)
 //         benchmark::DoNotOptimize(std::string(text));
 //     }
 //     VELMAR_PAIR("text/copy", 1.2, floorCopy, oursCopy, 1'000, 1'000'000);

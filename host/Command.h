@@ -68,8 +68,8 @@ struct Command {
 };
 
 /// Sorts `words` by the command's options. Takes "--name value" and "--name=value"; "--" makes all
-/// that follows operands, and standard input, "-" or a place "-:2:5", is an operand. Throws UsageError for unknown options,
-/// missing and superfluous values.
+/// that follows operands, and standard input, "-" or a place "-:2:5", is an operand. Throws
+/// UsageError for unknown options, missing and superfluous values.
 [[nodiscard]] Arguments parseArguments(const Command& command, std::span<const std::string> words);
 
 /// The name among `names` that `word` was probably meant to be; absent if none is close.

@@ -2,8 +2,7 @@
 //
 //   Aggregated<Version> versions = co_await withAggregatingTaskGroup(
 //       tools, 5s, [](Tool tool) { return tool.latestVersion(); });
-//   for (const auto& version : versions) …    // a version, or why there is none, in the order of
-//   `tools`
+//   for (const auto& version : versions) …    // in the order of `tools`: one, or why there is none
 #pragma once
 
 #include "VelmarPlatform/Basics/Error.h"

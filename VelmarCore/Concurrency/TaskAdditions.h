@@ -1,7 +1,7 @@
 // What can be hung on a task that was spawned: work for after its end, and waits that end early.
 //
-//   auto copy = then(copyFiles(), [](int count) { log(count); });     // another task, with the
-//   same value co_await waitUnlessCancelled(copy);
+//   auto copy = then(copyFiles(), [](int count) { log(count); });   // a task with the same value
+//   co_await waitUnlessCancelled(copy);
 #pragma once
 
 #include "VelmarPlatform/Concurrency/Spawn.h"

@@ -1,8 +1,9 @@
 // The flat log of clients of tools: a line with a severity, a source and a date.
 //
 //   log({.message = LogItemMessage("The server ended with ", status, ".").text,   // values quoted
-//        .severity = LogItemSeverity::error, .source = {"language-client", "clangd"}, .date =
-//        now});
+//        .severity = LogItemSeverity::error,
+//        .source = {"language-client", "clangd"},
+//        .date = now});
 #pragma once
 
 #include "VelmarCore/Operations/Description.h"

@@ -2,10 +2,9 @@
 //
 // The query captures nodes; what counts is on which line each of them starts:
 //
-//     (compound_statement) @indent.begin                 ; the lines behind its first are a level
-//     deeper (compound_statement "}" @indent.branch)            ; a line that starts with this
-//     isn't (ERROR "{" @indent.begin) (ERROR "}" @indent.end)  ; the same while a piece doesn't
-//     parse
+//     (compound_statement) @indent.begin               ; lines behind its first are a level deeper
+//     (compound_statement "}" @indent.branch)          ; a line that starts with this isn't
+//     (ERROR "{" @indent.begin) (ERROR "}" @indent.end)   ; the same while a piece doesn't parse
 //
 // Nodes that start on one line count once, the innermost of them: `call({` opens one level.
 //

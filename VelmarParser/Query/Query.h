@@ -1,10 +1,10 @@
 // A compiled query: patterns of syntax with captures, and what the runtime leaves to its users,
 // which is the meaning of capture names and of predicates.
 //
-//     const auto query = std::make_shared<const Query>(R"((call_expression function: (identifier)
-//     @function
-//                                                          (#not-eq? @function "require")))",
-//                                                          grammar);
+//     const auto query = std::make_shared<const Query>(R"(
+//       ((call_expression function: (identifier) @function)
+//        (#not-eq? @function "require"))
+//     )", grammar);
 //     for (const QueryMatches::Element& match : QueryMatches(query, tree.rootNode(), range, text))
 //       …
 //

@@ -4,12 +4,10 @@
 // next to itself, where the compiler finds them by the argument's type:
 //
 //   enum class ColumnType : std::uint8_t { string, number };
-//   std::span<const Word<ColumnType>> wordsOf(ColumnType);            // {{ColumnType::string,
-//   "string"}, …}
+//   std::span<const Word<ColumnType>> wordsOf(ColumnType);   // {{ColumnType::string, "string"}, …}
 //
 //   enum class MessageType : std::uint8_t { error = 1, warning, info };
-//   std::span<const MessageType> numbersOf(MessageType);              // their own numbers are
-//   written
+//   std::span<const MessageType> numbersOf(MessageType);         // their own numbers are written
 //
 // An open one is a struct over the raw value, so that what nobody foresaw survives a round trip:
 //

@@ -1,8 +1,8 @@
 // A sequence of values over time, from whoever has them to one task that awaits them one by one.
 //
 //   auto [source, stream] = makeAsyncStream<Event>();
-//   watcher->onEvent = [source](Event event) { source.yield(event); };    // any thread, never
-//   waits while (std::optional<Event> event = co_await stream.next())
+//   watcher->onEvent = [source](Event event) { source.yield(event); };   // any thread, never waits
+//   while (std::optional<Event> event = co_await stream.next())
 //     show(*event);
 //
 // The stream ends when its source finishes it, when the last copy of the source goes, or for the

@@ -1,14 +1,12 @@
 // Time as something that is passed in: a clock tells it and lets tasks sleep. The real one is
 // monotonic, so nobody's time limit moves when the date is set; the one of tests is turned by hand.
 //
-//   co_await monotonicClock().sleepFor(250ms);          // throws CancellationError at once if the
-//   task is cancelled
+//   co_await monotonicClock().sleepFor(250ms);   // throws CancellationError when it is cancelled
 //
-//   ManualClock clock;                                  // in a test
+//   ManualClock clock;                           // in a test
 //   auto handle = spawn([&] { return poll(clock); });
 //   …until clock.sleeperCount() == 1…
-//   clock.advance(30s);                                 // exactly who is due wakes, in the order
-//   of their deadlines
+//   clock.advance(30s);                          // who is due wakes, in the order of deadlines
 #pragma once
 
 #include "VelmarPlatform/Concurrency/Task.h"

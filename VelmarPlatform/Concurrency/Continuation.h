@@ -2,8 +2,7 @@
 //
 //   Task<Bytes> Session::reply(int id) {
 //     co_return co_await withContinuation<Bytes>(
-//         [&](Continuation<Bytes> continuation) { pending_.emplace(id, std::move(continuation));
-//         });
+//         [&](Continuation<Bytes> waiter) { pending_.emplace(id, std::move(waiter)); });
 //   }
 //   void Session::received(int id, Bytes bytes) {
 //     if (auto entry = pending_.extract(id))

@@ -1,9 +1,9 @@
 // Who runs where. An executor decides on which thread, and in which order, the pieces of a
 // coroutine run.
 //
-//   poolExecutor()    a few threads, any number of jobs at once: for work that computes and never
-//   blocks SerialExecutor    one job at a time, first come first served; has no thread but borrows
-//   one of the pool mainExecutor()    the application's thread, which drives it (MainExecutor.h)
+//   poolExecutor()    a few threads, any number of jobs at once: for work that never blocks
+//   SerialExecutor    one job at a time, first come first served, on a thread of the pool
+//   mainExecutor()    the application's thread, which drives it (MainExecutor.h)
 //
 // A coroutine stays on its executor: after each `co_await` it is back there, whatever ran elsewhere
 // in between. A thread that gives up one serial executor's turn takes the next one itself if that

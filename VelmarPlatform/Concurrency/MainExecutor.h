@@ -8,8 +8,7 @@
 //
 // A program without one waits for what it came for:
 //
-//   int main() { return mainExecutor().run([] { return work(); }); }      // work() gives a
-//   Task<int>
+//   int main() { return mainExecutor().run([] { return work(); }); }   // work() gives a Task<int>
 #pragma once
 
 #include "VelmarPlatform/Concurrency/Executor.h"

@@ -6,8 +6,7 @@
 //     Task<int> add(int amount) {
 //       total_ += amount;              // alone: we run on this object's executor, whoever called
 //       co_await archive(total_);      // others may run here meanwhile…
-//       co_return total_;              // …so this may have grown: read state anew after each
-//       co_await
+//       co_return total_;              // …so this may have grown: read state anew
 //     }
 //   private:
 //     int total_ = 0;

@@ -1,9 +1,9 @@
 // Starting tasks that nobody awaits at once.
 //
-//   TaskHandle<int> handle = spawn([path] { return countLines(path); });     // on the pool
-//   spawn(mainExecutor(), [view] { view->update(); });                       // on the main
-//   executor; plain functions will do int lines = co_await handle.value(); handle.cancel(); // asks
-//   it to stop
+//   TaskHandle<int> handle = spawn([path] { return countLines(path); });   // on the pool
+//   spawn(mainExecutor(), [view] { view->update(); });   // plain functions will do
+//   int lines = co_await handle.value();
+//   handle.cancel();                                     // asks it to stop
 //
 // The callable is kept until the task has ended, so captures are safe. It is called on the executor
 // that is named, or on the pool, never before `spawn` returns. The new task sees the task-scoped

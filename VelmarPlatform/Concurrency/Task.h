@@ -1,9 +1,8 @@
 // Task<T>: asynchronous work that can suspend and gives a T or throws.
 //
-//   Task<Config> load(FilePath path) {            // parameters are values: the caller may be gone
-//   when this runs
-//     std::string text = co_await read(path);     // the caller's thread does something else
-//     meanwhile co_return parse(text);                      // back on our executor
+//   Task<Config> load(FilePath path) {          // by value: the caller may be gone when this runs
+//     std::string text = co_await read(path);   // the thread does something else meanwhile
+//     co_return parse(text);                    // back on our executor
 //   }
 //
 // A Task is lazy: calling `load` only makes it, awaiting it runs it, once. Dropped without being

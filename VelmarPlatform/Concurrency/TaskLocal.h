@@ -1,8 +1,7 @@
 // Task-scoped values: visible to the code that runs within a scope and to the tasks started there,
 // and to nobody else.
 //
-//   const TaskLocal<FilePath> workingDirectory{FilePath("/")};   // one for the whole process, with
-//   its default
+//   const TaskLocal<FilePath> workingDirectory{FilePath("/")};   // with its default
 //
 //   co_await workingDirectory.withValue(directory, [&] { return install(package); });
 //   // anywhere below, in plain functions as well:  workingDirectory.get()
