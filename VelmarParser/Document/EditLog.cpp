@@ -11,10 +11,13 @@ bool samePlace(const TSRange& left, const TSRange& right) {
          left.start_point.column == right.start_point.column;
 }
 
-TextRangeSet moved(const TextRangeSet& set, std::int64_t distance) {
+/// Moves the ranges of `set` that don't lie before `start`.
+TextRangeSet moved(const TextRangeSet& set, std::int64_t start, std::int64_t distance) {
   TextRangeSet result;
-  for (const TextRange& range : set.ranges())
-    result.insertContentsOf({range.lowerBound + distance, range.upperBound + distance});
+  for (const TextRange& range : set.ranges()) {
+    const std::int64_t own = range.lowerBound < start ? 0 : distance;
+    result.insertContentsOf({range.lowerBound + own, range.upperBound + own});
+  }
   return result;
 }
 
@@ -35,6 +38,9 @@ void EditLog::catchUp(LayerImpl& layer, std::uint64_t upTo) const {
   for (const Edit& edit : unseen) {
     const auto change = static_cast<std::int64_t>(edit.newEnd) - edit.oldEnd;
     count += change / 2;
+    // A name stands apart from the text, in front of it as a rule: an edit can lie between them.
+    if (change != 0 && !layer.languageNameRanges.isEmpty())
+      layer.languageNameRanges = moved(layer.languageNameRanges, edit.oldEnd / 2, change / 2);
     if (layer.includedRanges.front().start_byte < edit.oldEnd)
       continue;
     distance += change;
@@ -50,10 +56,8 @@ void EditLog::catchUp(LayerImpl& layer, std::uint64_t upTo) const {
     }
   }
   const std::int64_t oldStart = layer.ranges.ranges().front().lowerBound;
-  if (distance != 0) {
-    layer.ranges = moved(layer.ranges, distance / 2);
-    layer.languageNameRanges = moved(layer.languageNameRanges, distance / 2);
-  }
+  if (distance != 0)
+    layer.ranges = moved(layer.ranges, oldStart, distance / 2);
   moveContents(layer, oldStart, oldFront, count);
 }
 
