@@ -71,6 +71,9 @@ public:
   [[nodiscard]] virtual detail::Job* nextInTurn(bool mayGoOn) noexcept = 0;
   /// Gives the turn back; what is queued waits for a thread anew.
   virtual void leaveTurn() noexcept = 0;
+  /// Whether more of its jobs are queued behind the one that asks, which has its turn. No where
+  /// jobs don't run one after the other.
+  [[nodiscard]] virtual bool hasMoreInTurn() const noexcept { return false; }
   /// What a task holds so that its executor outlives it; null for those that are never destroyed.
   [[nodiscard]] virtual std::shared_ptr<const Executor> keepAlive() const noexcept = 0;
 

@@ -39,6 +39,9 @@ public:
   [[nodiscard]] bool takeTurnOrEnqueue(detail::Job& job) noexcept override;
   [[nodiscard]] detail::Job* nextInTurn(bool mayGoOn) noexcept override;
   void leaveTurn() noexcept override;
+  [[nodiscard]] bool hasMoreInTurn() const noexcept override {
+    return ready_ != nullptr || inbox_.load(std::memory_order_relaxed) != &turnJob_;
+  }
   [[nodiscard]] std::shared_ptr<const Executor> keepAlive() const noexcept override {
     return shared_from_this();
   }

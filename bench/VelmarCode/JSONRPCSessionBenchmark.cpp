@@ -158,19 +158,19 @@ Task<void> sendInTurn(std::shared_ptr<JSONRPCSession> session) {
 Task<void> exchange(bench::State* state, std::shared_ptr<JSONRPCSession> session,
                     std::shared_ptr<AsyncDescriptor> socket) {
   for (auto _ : *state) {
-    co_await withTaskGroup<void>([&](TaskGroup<>& group) -> Task<void> {
-      for (std::int64_t sender = 0; sender < state->size(); ++sender)
-        group.add([=] { return sendInTurn(session); });
-      co_await group.waitForAll();
-    });
+    std::vector<TaskHandle<>> senders;
+    for (std::int64_t sender = 0; sender < state->size(); ++sender)
+      senders.push_back(spawn(session->executor(), [=] { return sendInTurn(session); }));
+    for (TaskHandle<>& sender : senders)
+      co_await sender.value();
   }
   socket->close();
 }
 
-/// Whoever talks with a peer is seldom the application's own thread.
+/// As an object does that shares the session's executor.
 template <class Body>
-Task<void> onPool(Body body) {
-  co_await spawn(std::move(body)).value();
+Task<void> onExecutor(Executor& executor, Body body) {
+  co_await spawn(executor, std::move(body)).value();
 }
 
 void exchangeWithSession(bench::State& state) {
@@ -181,7 +181,9 @@ void exchangeWithSession(bench::State& state) {
     return JSONRPCSession::run(
         {.messageFramer = std::make_unique<BaseProtocolMessageFramer>(std::move(stream))},
         [&](std::shared_ptr<JSONRPCSession> session) {
-          return onPool([&state, session, socket] { return exchange(&state, session, socket); });
+          return onExecutor(session->executor(), [&state, session, socket] {
+            return exchange(&state, session, socket);
+          });
         });
   });
 }
