@@ -81,12 +81,16 @@ public:
     conversation_.print(
         fmt::format("← {} {}", notification.method(), textOf(notification.decode())));
   }
-  void ended(const std::exception_ptr& failure) { end_ = describeEnd(failure, framer_); }
+  void ended(const std::exception_ptr& failure) {
+    end_ = describeEnd(failure, framer_);
+    isOrderly_ = failure == nullptr;
+  }
 
   Task<void> run(Session session) { return runImpl(this, std::move(session)); }
   /// Once the session is gone: whether nothing went wrong.
   [[nodiscard]] bool finish() {
-    if (!end_.empty())
+    // Many peers hang up at the last line that they are told, which is as it should be.
+    if (!end_.empty() && (wasClosed_ || !isOrderly_))
       complain(end_);
     return isFine_;
   }
@@ -156,7 +160,8 @@ private:
   const BaseProtocolMessageFramer* framer_;
   bool isFine_ = true;
   bool wasClosed_ = false;
-  std::string end_; // written by the session, read when it has gone
+  std::string end_; // this and the next written by the session, read when it has gone
+  bool isOrderly_ = false;
 };
 
 struct Echo {
