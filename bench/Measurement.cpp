@@ -106,15 +106,24 @@ std::optional<double> counterNamed(const Run& run, const char* name) {
   return found == run.counters.end() ? std::nullopt : std::optional<double>(found->second.value);
 }
 
-/// The run in the middle stands for its repetitions, with its rates.
+/// The run in the middle stands for its repetitions, with its rates; of other counters the largest
+/// value does.
 PlainResult plainResult(std::vector<Run> repetitions) {
   std::ranges::sort(repetitions, {}, nanoseconds);
   const Run& middle = repetitions[repetitions.size() / 2];
+  std::map<std::string, double> counters;
+  for (const Run& run : repetitions) {
+    for (const auto& [name, counter] : run.counters)
+      counters[name] = std::max(counters[name], counter.value);
+  }
+  counters.erase("bytes_per_second");
+  counters.erase("items_per_second");
   return {.name = middle.run_name.str(),
           .time = nanoseconds(middle),
           .bytesPerSecond = counterNamed(middle, "bytes_per_second"),
           .itemsPerSecond = counterNamed(middle, "items_per_second"),
-          .complexity = {}};
+          .complexity = {},
+          .counters = std::move(counters)};
 }
 
 } // namespace

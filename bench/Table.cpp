@@ -117,10 +117,16 @@ std::string plainHeading() {
 
 std::string lineFor(const PlainResult& result) {
   const auto rate = [](std::optional<double> value) { return value ? quantityText(*value) : "-"; };
-  return left(result.name, nameWidth) + right(timeText(result.time), timeWidth) +
-         right(rate(result.bytesPerSecond), timeWidth) +
-         right(rate(result.itemsPerSecond), timeWidth) +
-         (result.complexity.empty() ? "" : "  " + result.complexity);
+  std::string line = left(result.name, nameWidth) + right(timeText(result.time), timeWidth) +
+                     right(rate(result.bytesPerSecond), timeWidth) +
+                     right(rate(result.itemsPerSecond), timeWidth) +
+                     (result.complexity.empty() ? "" : "  " + result.complexity);
+  std::string_view separator = "  ";
+  for (const auto& [name, value] : result.counters) {
+    line += std::string(separator) + name + ' ' + threeDigits(value);
+    separator = ", ";
+  }
+  return line;
 }
 
 std::string latencyHeading() {

@@ -2,6 +2,7 @@
 // printed later.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -28,6 +29,7 @@ struct PlainResult {
   std::optional<double> bytesPerSecond = std::nullopt;
   std::optional<double> itemsPerSecond = std::nullopt;
   std::string complexity; ///< Such as "3.1 ns · N log N"; empty if it wasn't asked for.
+  std::map<std::string, double> counters = {}; ///< What else it told, by names with their units.
 };
 
 /// How long single steps took, in nanoseconds, and what our share of the floor is to be at most; a
