@@ -24,6 +24,35 @@ RawValue rawFrom(RawValue::Variant variant) {
 
 } // namespace
 
+/// Ends the children in the ordinary way, each inside of its parent's end, down to a depth that
+/// few documents reach. What lies deeper is put aside, for the outermost value to end. Nothing
+/// empty comes here, so a vector that grows may drop what it has moved.
+void JSONValue::endContainer() noexcept {
+  constexpr int greatestDepth = 128;
+  thread_local int depth = 0;
+  thread_local Array* aside = nullptr; // the outermost one's
+  if (depth == greatestDepth) {
+    aside->push_back(std::move(*this));
+    return;
+  }
+  if (depth > 0) {
+    ++depth;
+    variant_ = Null();
+    --depth;
+    return;
+  }
+  Array deeper;
+  aside = &deeper;
+  depth = 1;
+  variant_ = Null();
+  while (!deeper.empty()) {
+    JSONValue next = std::move(deeper.back());
+    deeper.pop_back();
+    next.variant_ = Null();
+  }
+  depth = 0;
+}
+
 bool JSONValue::operator==(const JSONValue& other) const {
   return variant_ == other.variant_;
 }

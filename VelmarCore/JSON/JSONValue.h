@@ -145,6 +145,19 @@ public:
 
   // NOLINTEND(google-explicit-constructor)
 
+  JSONValue(const JSONValue& other) = default;
+  JSONValue(JSONValue&& other) noexcept = default;
+  JSONValue& operator=(const JSONValue& other) = default;
+  JSONValue& operator=(JSONValue&& other) noexcept = default;
+  /// However deep the value is, this takes a bounded piece of stack. Copying, comparing, hashing
+  /// and writing go down with the value: for them it is the caller who bounds what he nests.
+  ~JSONValue() {
+    const Array* const array = ifArray();
+    const JSONObject* const object = ifObject();
+    if ((array != nullptr && !array->empty()) || (object != nullptr && !object->isEmpty()))
+      endContainer();
+  }
+
   /// A raw value as JSON. Throws JSONValueRawCoercionError for what JSON can't hold, dates and
   /// bytes.
   [[nodiscard]] static JSONValue fromRaw(const RawValue& raw);
@@ -201,6 +214,7 @@ public:
 
 private:
   friend struct Coder<JSONValue>;
+  void endContainer() noexcept;
   [[nodiscard]] bool coerceToBoolean() const;
   [[nodiscard]] double coerceToNumber() const;
   [[nodiscard]] std::string coerceToText() const;

@@ -214,6 +214,21 @@ TEST(JSONValue, IsSetAndFoundAtKeyPaths) {
   EXPECT_EQ(value.findAtKeyPath(Keys{"b"}), nullptr);
 }
 
+TEST(JSONValue, EndsOnASmallStackHoweverDeepItIs) {
+  const Keys keys(200'000, "a");
+  JSONValue deep = JSONObject();
+  deep.setAtKeyPath(keys, Array{1, "b"});
+  ASSERT_NE(deep.findAtKeyPath(keys), nullptr);
+  for (int i = 0; i < 200'000; ++i) {
+    Array around;
+    around.push_back(std::move(deep));
+    around.push_back(JSONObject{{"beside", Array{i}}});
+    deep = std::move(around);
+  }
+  deep = nullptr; // which a call for each level wouldn't survive
+  EXPECT_TRUE(deep.isNull());
+}
+
 TEST(JSONValue, ComparesByShapeAndContent) {
   const auto hash = std::hash<JSONValue>();
   const std::vector<JSONValue> values = {false,
