@@ -35,10 +35,9 @@ bool Decoder::readBoolean(bool& into) {
 
 bool Decoder::readInteger(std::int64_t& into, std::int64_t lowest, std::int64_t highest,
                           std::string_view type) {
+  if (source().readInteger(value_, into)) [[likely]]
+    return (into >= lowest && into <= highest) || failToRepresent(type);
   switch (kind()) {
-  case ValueKind::integer:
-    into = source().integer(value_);
-    break;
   case ValueKind::floating: {
     const double number = source().floating(value_);
     if (!isWhole(number) || number < -twoTo63 || number >= twoTo63)
@@ -96,10 +95,7 @@ bool Decoder::readDouble(double& into) {
 }
 
 bool Decoder::readText(std::string_view& into) {
-  if (kind() != ValueKind::text)
-    return failToFind(ValueKind::text);
-  into = source().text(value_);
-  return true;
+  return source().readText(value_, into) || failToFind(ValueKind::text);
 }
 
 bool Decoder::readDate(Date& into) {

@@ -39,6 +39,20 @@ std::span<const std::byte> DecodingSource::data(CodedValue /*value*/) const {
   return {};
 }
 
+bool DecodingSource::readInteger(CodedValue value, std::int64_t& into) const {
+  if (kind(value) != ValueKind::integer)
+    return false;
+  into = integer(value);
+  return true;
+}
+
+bool DecodingSource::readText(CodedValue value, std::string_view& into) const {
+  if (kind(value) != ValueKind::text)
+    return false;
+  into = text(value);
+  return true;
+}
+
 bool DecodingSource::readIntegers(CodedValue array, std::vector<std::int64_t>& integers) const {
   CodedChildren walk = children(array);
   CodedValue element;

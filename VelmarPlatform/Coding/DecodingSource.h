@@ -74,6 +74,12 @@ public:
   /// often as they stand there.
   virtual bool nextMember(CodedChildren& walk, std::string_view& key, CodedValue& member) const = 0;
 
+  // The commonest reads as one call in place of two. What they read is left alone on false.
+
+  /// The integer at `value`, if it is of the kind integer.
+  [[nodiscard]] virtual bool readInteger(CodedValue value, std::int64_t& into) const;
+  /// The text at `value`, if it is one.
+  [[nodiscard]] virtual bool readText(CodedValue value, std::string_view& into) const;
   /// Appends the elements of an array of integers to `integers` as long as they are of the kind
   /// integer, and says whether all were. For long arrays, which this spares a call for each
   /// element.

@@ -1,6 +1,8 @@
 #include "VelmarPlatform/Coding/Record.h"
 
 #include <bitset>
+#include <cstdint>
+#include <cstring>
 
 namespace velmar {
 namespace {
@@ -11,14 +13,39 @@ bool hasKey(const FieldRow& row) {
   return row.presence <= Presence::writtenAsNull;
 }
 
+/// As `==`, by loads that overlap: keys are short, and a call for each costs more than the rest.
+bool isSame(std::string_view left, std::string_view right) {
+  const std::size_t size = left.size();
+  if (size != right.size())
+    return false;
+  const auto areSame = [&]<class Part>(Part /*type*/) {
+    const auto partAt = [](std::string_view text, std::size_t at) {
+      Part part = 0;
+      std::memcpy(&part, text.data() + at, sizeof part);
+      return part;
+    };
+    const std::size_t last = size - sizeof(Part);
+    return ((partAt(left, 0) ^ partAt(right, 0)) | (partAt(left, last) ^ partAt(right, last))) == 0;
+  };
+  if (size > 2 * sizeof(std::uint64_t))
+    return left == right;
+  if (size >= sizeof(std::uint64_t))
+    return areSame(std::uint64_t{});
+  if (size >= sizeof(std::uint32_t))
+    return areSame(std::uint32_t{});
+  if (size >= sizeof(std::uint16_t))
+    return areSame(std::uint16_t{});
+  return size == 0 || left.front() == right.front();
+}
+
 /// The row of `key`, looked for from `expected` on, since documents mostly keep the order of the
 /// rows; the number of rows if there is none.
 std::size_t find(std::span<const FieldRow> rows, std::string_view key, std::size_t expected) {
   for (std::size_t at = expected; at < rows.size(); ++at)
-    if (rows[at].key == key && hasKey(rows[at]))
+    if (isSame(rows[at].key, key) && hasKey(rows[at]))
       return at;
   for (std::size_t at = 0; at < expected; ++at)
-    if (rows[at].key == key && hasKey(rows[at]))
+    if (isSame(rows[at].key, key) && hasKey(rows[at]))
       return at;
   return rows.size();
 }

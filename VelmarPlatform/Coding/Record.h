@@ -49,7 +49,7 @@ concept Hashable = requires(const T& value) {
 
 /// What the rows know of a member's type; one for each type.
 struct FieldCoding {
-  bool (*decode)(Decoder from, void* member);
+  bool (*decode)(const Decoder& from, void* member);
   void (*encode)(const void* member, Encoder& into);
   /// Null unless the type is an optional.
   bool (*isAbsent)(const void* member);
@@ -150,7 +150,7 @@ std::size_t hashOf(const std::vector<T>& values) {
 template <class T>
 consteval FieldCoding makeFieldCoding() {
   FieldCoding coding{};
-  coding.decode = [](Decoder from, void* member) {
+  coding.decode = [](const Decoder& from, void* member) {
     return Coder<T>::decode(from, *static_cast<T*>(member));
   };
   coding.encode = [](const void* member, Encoder& into) {

@@ -148,9 +148,31 @@ bool JSONTape::nextElement(CodedChildren& walk, CodedValue& element) const {
 bool JSONTape::nextMember(CodedChildren& walk, std::string_view& key, CodedValue& member) const {
   if (walk.next == walk.end)
     return false;
-  key = text({walk.next});
-  member.handle = behind(walk.next);
+  const JSONWord word = words_[walk.next];
+  if (tagOf(word) == JSONTag::text) [[likely]] {
+    key = {text_.data() + offsetOf(word), lengthOf(word)};
+    member.handle = walk.next + 1;
+  } else {
+    key = JSONTape::text({walk.next});
+    member.handle = behind(walk.next);
+  }
   walk.next = behind(member.handle);
+  return true;
+}
+
+bool JSONTape::readInteger(CodedValue value, std::int64_t& into) const {
+  const JSONWord word = words_[value.handle];
+  if (tagOf(word) == JSONTag::integer) [[likely]] {
+    into = integerOf(word);
+    return true;
+  }
+  return DecodingSource::readInteger(value, into);
+}
+
+bool JSONTape::readText(CodedValue value, std::string_view& into) const {
+  if (JSONTape::kind(value) != ValueKind::text)
+    return false;
+  into = JSONTape::text(value);
   return true;
 }
 
