@@ -14,7 +14,7 @@ bool hasKey(const FieldRow& row) {
 }
 
 /// As `==`, by loads that overlap: keys are short, and a call for each costs more than the rest.
-bool isSame(std::string_view left, std::string_view right) {
+inline bool isSame(std::string_view left, std::string_view right) {
   const std::size_t size = left.size();
   if (size != right.size())
     return false;
@@ -38,9 +38,8 @@ bool isSame(std::string_view left, std::string_view right) {
   return size == 0 || left.front() == right.front();
 }
 
-/// The row of `key`, looked for from `expected` on, since documents mostly keep the order of the
-/// rows; the number of rows if there is none.
-std::size_t find(std::span<const FieldRow> rows, std::string_view key, std::size_t expected) {
+[[gnu::noinline]] std::size_t search(std::span<const FieldRow> rows, std::string_view key,
+                                     std::size_t expected) {
   for (std::size_t at = expected; at < rows.size(); ++at)
     if (isSame(rows[at].key, key) && hasKey(rows[at]))
       return at;
@@ -50,7 +49,16 @@ std::size_t find(std::span<const FieldRow> rows, std::string_view key, std::size
   return rows.size();
 }
 
-bool decodeMember(Decoder from, void* record, const FieldRow& row, bool isRepeated) {
+/// The row of `key`, looked for from `expected` on, since documents mostly keep the order of the
+/// rows; the number of rows if there is none.
+inline std::size_t find(std::span<const FieldRow> rows, std::string_view key,
+                        std::size_t expected) {
+  if (expected < rows.size() && isSame(rows[expected].key, key) && hasKey(rows[expected]))
+    return expected;
+  return search(rows, key, expected);
+}
+
+inline bool decodeMember(const Decoder& from, void* record, const FieldRow& row, bool isRepeated) {
   void* member = row.locate(record);
   if (row.presence == Presence::orDefault && from.isNil())
     return true;
@@ -98,10 +106,10 @@ bool decodeRecord(Decoder from, void* record, std::span<const FieldRow> rows) {
   Seen seen;
   std::size_t expected = 0;
   const KeyDecodingStrategy& strategy = from.keys();
+  const bool keepsKeys = strategy.keepsKeys();
   const bool isRead = from.forEachMember([&](std::string_view key, Decoder member) {
-    const std::size_t at = strategy.keepsKeys()
-                               ? find(rows, key, expected)
-                               : find(rows, strategy.convert(key, from.place()), expected);
+    const std::size_t at = keepsKeys ? find(rows, key, expected)
+                                     : search(rows, strategy.convert(key, from.place()), expected);
     if (at == rows.size())
       return true;
     expected = at + 1;

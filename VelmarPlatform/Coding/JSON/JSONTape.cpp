@@ -114,7 +114,7 @@ std::string_view JSONTape::text(CodedValue value) const {
 }
 
 /// The index of what stands behind a value.
-std::uint64_t JSONTape::behind(std::uint64_t index) const noexcept {
+inline std::uint64_t JSONTape::behind(std::uint64_t index) const noexcept {
   const JSONWord word = words_[index];
   const std::uint8_t width = widthOfTag[static_cast<std::size_t>(tagOf(word))];
   if (width != 0) [[likely]]
@@ -149,13 +149,18 @@ bool JSONTape::nextMember(CodedChildren& walk, std::string_view& key, CodedValue
   if (walk.next == walk.end)
     return false;
   const JSONWord word = words_[walk.next];
-  if (tagOf(word) == JSONTag::text) [[likely]] {
-    key = {text_.data() + offsetOf(word), lengthOf(word)};
-    member.handle = walk.next + 1;
-  } else {
-    key = JSONTape::text({walk.next});
-    member.handle = behind(walk.next);
-  }
+  if (tagOf(word) != JSONTag::text) [[unlikely]]
+    return nextUnusualMember(walk, key, member);
+  key = {text_.data() + offsetOf(word), lengthOf(word)};
+  member.handle = walk.next + 1;
+  walk.next = behind(member.handle);
+  return true;
+}
+
+bool JSONTape::nextUnusualMember(CodedChildren& walk, std::string_view& key,
+                                 CodedValue& member) const {
+  key = text({walk.next});
+  member.handle = behind(walk.next);
   walk.next = behind(member.handle);
   return true;
 }

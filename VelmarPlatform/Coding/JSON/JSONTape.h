@@ -63,6 +63,8 @@ private:
     void operator()(std::uint64_t* words) const noexcept { std::free(words); }
   };
 
+  /// One whose key is written with escapes, or is very long.
+  bool nextUnusualMember(CodedChildren& walk, std::string_view& key, CodedValue& member) const;
   [[nodiscard]] std::uint64_t behind(std::uint64_t index) const noexcept;
 
   std::string_view text_;
