@@ -104,6 +104,7 @@ bool decodeRecord(Decoder from, void* record, std::span<const FieldRow> rows) {
   if (isWhole(rows))
     return rows.front().coding->decode(from, rows.front().locate(record));
   Seen seen;
+  std::size_t unseen = rows.size();
   std::size_t expected = 0;
   const KeyDecodingStrategy& strategy = from.keys();
   const bool keepsKeys = strategy.keepsKeys();
@@ -115,9 +116,10 @@ bool decodeRecord(Decoder from, void* record, std::span<const FieldRow> rows) {
     expected = at + 1;
     const bool isRepeated = seen.test(at);
     seen.set(at);
+    unseen -= isRepeated ? 0 : 1;
     return decodeMember(member, record, rows[at], isRepeated);
   });
-  return isRead && decodeTheRest(from, record, rows, seen);
+  return isRead && (unseen == 0 || decodeTheRest(from, record, rows, seen));
 }
 
 void encodeRecord(const void* record, std::span<const FieldRow> rows, Encoder& into) {
