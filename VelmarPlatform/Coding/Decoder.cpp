@@ -33,10 +33,9 @@ bool Decoder::readBoolean(bool& into) {
   return true;
 }
 
-bool Decoder::readInteger(std::int64_t& into, std::int64_t lowest, std::int64_t highest,
-                          std::string_view type) {
-  if (source().readInteger(value_, into)) [[likely]]
-    return (into >= lowest && into <= highest) || failToRepresent(type);
+/// A number that isn't of the kind integer, or is out of bounds, or no number at all.
+bool Decoder::readUnusualInteger(std::int64_t& into, std::int64_t lowest, std::int64_t highest,
+                                 std::string_view type) {
   switch (kind()) {
   case ValueKind::floating: {
     const double number = source().floating(value_);
@@ -45,6 +44,7 @@ bool Decoder::readInteger(std::int64_t& into, std::int64_t lowest, std::int64_t 
     into = static_cast<std::int64_t>(number);
     break;
   }
+  case ValueKind::integer:
   case ValueKind::unsignedInteger:
     return failToRepresent(type);
   default:
@@ -92,10 +92,6 @@ bool Decoder::readDouble(double& into) {
   default:
     return failToFind(ValueKind::floating);
   }
-}
-
-bool Decoder::readText(std::string_view& into) {
-  return source().readText(value_, into) || failToFind(ValueKind::text);
 }
 
 bool Decoder::readDate(Date& into) {

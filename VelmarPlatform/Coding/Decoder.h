@@ -83,14 +83,20 @@ public:
   /// A whole number from `lowest` to `highest`. One with a fraction or out of bounds isn't
   /// representable as `type`, the name to complain with.
   [[nodiscard]] bool readInteger(std::int64_t& into, std::int64_t lowest, std::int64_t highest,
-                                 std::string_view type);
+                                 std::string_view type) {
+    if (source().readInteger(value_, into) && into >= lowest && into <= highest) [[likely]]
+      return true;
+    return readUnusualInteger(into, lowest, highest, type);
+  }
   /// A whole number up to `highest`.
   [[nodiscard]] bool readUnsigned(std::uint64_t& into, std::uint64_t highest,
                                   std::string_view type);
   /// Any number; one of more digits than a double has is rounded.
   [[nodiscard]] bool readDouble(double& into);
   /// The text as long as the document lives.
-  [[nodiscard]] bool readText(std::string_view& into);
+  [[nodiscard]] bool readText(std::string_view& into) {
+    return source().readText(value_, into) || failToFind(ValueKind::text);
+  }
   /// A date of the form's own, or a text in ISO 8601.
   [[nodiscard]] bool readDate(Date& into);
   /// Bytes of the form's own, or a text in base64.
@@ -159,6 +165,8 @@ public:
 private:
   friend class KeyedDecodingContainer;
   friend class UnkeyedDecodingContainer;
+  bool readUnusualInteger(std::int64_t& into, std::int64_t lowest, std::int64_t highest,
+                          std::string_view type);
 
   DecodingRun* run_;
   CodedValue value_;
