@@ -1,5 +1,7 @@
 #include "VelmarPlatform/Coding/JSON/JSONTape.h"
 
+#include "VelmarPlatform/Coding/JSON/JSONParser.h"
+
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -314,6 +316,12 @@ TEST(JSONTape, TakesAtMostFourBytesForEachOfTheText) {
   }
   const std::string deep = repeated("[", 512) + repeated("]", 512);
   EXPECT_LE(JSONTape(deep).byteCount(), 4 * 1024 + 16);
+}
+
+TEST(JSONTape, IsParsedInFourBytesForEachOfTheTextAndTwoKilobytes) {
+  constexpr std::size_t more = 2048 + 16;
+  for (const std::size_t size : std::initializer_list<std::size_t>{0, 1, 511, 512, 513, 1'000'000})
+    EXPECT_LE(sizeof(std::uint64_t) * detail::JSONParser::greatestWordCount(size), 4 * size + more);
 }
 
 TEST(JSONTape, HasRoomForWhatIsNeverClosed) {
