@@ -24,6 +24,13 @@ inline std::uint32_t maskOf(__m128i block) noexcept {
   return static_cast<std::uint32_t>(_mm_movemask_epi8(block));
 }
 
+/// A bit for each byte that must be written as an escape.
+inline std::uint32_t maskOfEscaped(__m128i block) noexcept {
+  constexpr char lastControl = 0x1F;
+  const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(block, _mm_set1_epi8(lastControl)), block);
+  return maskOf(_mm_or_si128(control, _mm_or_si128(equalTo(block, '"'), equalTo(block, '\\'))));
+}
+
 #endif
 
 constexpr bool isJSONSpace(char letter) noexcept {
@@ -79,9 +86,7 @@ inline const char* skipUnescaped(const char* at, const char* end) noexcept {
 #if defined(__SSE2__)
   while (end - at >= blockSize) {
     const __m128i block = loadBlock(at);
-    const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(block, _mm_set1_epi8(lastControl)), block);
-    const std::uint32_t others =
-        maskOf(_mm_or_si128(control, _mm_or_si128(equalTo(block, '"'), equalTo(block, '\\'))));
+    const std::uint32_t others = maskOfEscaped(block);
     if (others != 0)
       return at + std::countr_zero(others);
     at += blockSize;
@@ -92,16 +97,23 @@ inline const char* skipUnescaped(const char* at, const char* end) noexcept {
   return at;
 }
 
-/// Whether one of eight bytes must be written as an escape.
-constexpr bool needsEscape(std::uint64_t bytes) noexcept {
+/// Whether one of sixteen bytes must be written as an escape.
+inline bool needsEscape(std::uint64_t first, std::uint64_t last) noexcept {
+#if defined(__SSE2__)
+  return maskOfEscaped(_mm_set_epi64x(static_cast<std::int64_t>(last),
+                                      static_cast<std::int64_t>(first))) != 0;
+#else
   constexpr std::uint64_t ones = ~std::uint64_t{0} / 0xFF;
   constexpr std::uint64_t tops = ones << 7;
   const auto hasBelow = [](std::uint64_t eight, std::uint64_t limit) {
     return (eight - ones * limit) & ~eight & tops;
   };
-  const std::uint64_t found =
-      hasBelow(bytes, ' ') | hasBelow(bytes ^ ones * '"', 1) | hasBelow(bytes ^ ones * '\\', 1);
-  return found != 0;
+  const auto found = [&](std::uint64_t eight) {
+    return hasBelow(eight, ' ') | hasBelow(eight ^ ones * '"', 1) |
+           hasBelow(eight ^ ones * '\\', 1);
+  };
+  return (found(first) | found(last)) != 0;
+#endif
 }
 
 /// How many bytes the scalar of UTF-8 at `at` takes, or 0 if there is no valid one.

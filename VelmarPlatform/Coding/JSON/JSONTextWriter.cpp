@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace velmar {
 namespace {
@@ -35,6 +36,46 @@ constexpr char shortEscape(char letter) {
   default:
     return 0;
   }
+}
+
+template <class Part>
+Part loadPart(const char* from) {
+  Part part = 0;
+  std::memcpy(&part, from, sizeof part);
+  return part;
+}
+
+/// Copies a text of 2 to 32 bytes that needs no escape to `to`, and gives its end there; null for
+/// any other, with nothing of worth at `to`. Keys and words are such, and loads that overlap are
+/// cheaper than a loop.
+inline char* copyShort(std::string_view text, char* to) {
+  const std::size_t size = text.size();
+  const auto copied = [&]<class Part>(Part /*type*/) {
+    const auto first = loadPart<Part>(text.data());
+    const auto last = loadPart<Part>(text.data() + size - sizeof(Part));
+    std::memcpy(to, &first, sizeof first);
+    std::memcpy(to + size - sizeof(Part), &last, sizeof last);
+    constexpr std::uint64_t everywhere = ~std::uint64_t{0} / std::numeric_limits<Part>::max();
+    return detail::needsEscape(first * everywhere, last * everywhere) ? nullptr : to + size;
+  };
+  constexpr std::size_t word = sizeof(std::uint64_t);
+  if (size > 4 * word || size < word / 4)
+    return nullptr;
+  if (size > 2 * word) {
+    constexpr std::size_t block = 2 * word;
+    const std::size_t last = size - block;
+    const bool needsEscape =
+        detail::needsEscape(loadPart<std::uint64_t>(text.data()),
+                            loadPart<std::uint64_t>(text.data() + word)) ||
+        detail::needsEscape(loadPart<std::uint64_t>(text.data() + last),
+                            loadPart<std::uint64_t>(text.data() + last + word));
+    std::memcpy(to, text.data(), block);
+    std::memcpy(to + last, text.data() + last, block);
+    return needsEscape ? nullptr : to + size;
+  }
+  if (size >= word)
+    return copied(std::uint64_t{});
+  return size >= word / 2 ? copied(std::uint32_t{}) : copied(std::uint16_t{});
 }
 
 } // namespace
@@ -111,6 +152,29 @@ void JSONTextWriter::beginTable() {
 }
 
 void JSONTextWriter::key(std::string_view key) {
+  if (options_.pretty || options_.sortedKeys) [[unlikely]]
+    return putKeyInLayout(key);
+  constexpr std::size_t roomBesideKey = 4; // a comma, the quotes, a colon
+  reserve(key.size() + roomBesideKey);
+  char* at = at_;
+  if (!isFirst_)
+    *at++ = ',';
+  *at++ = '"';
+  if (char* const behind = copyShort(key, at)) [[likely]] {
+    *behind = '"';
+    behind[1] = ':';
+    at_ = behind + 2;
+  } else {
+    at_ = at;
+    putEscaped(key);
+    put('"');
+    reserve(1);
+    put(':');
+  }
+  isInPlace_ = true;
+}
+
+void JSONTextWriter::putKeyInLayout(std::string_view key) {
   if (options_.sortedKeys && !isFirst_)
     sorter_.endMember(written());
   putSeparator();
@@ -151,14 +215,14 @@ void JSONTextWriter::endContainer(char bracket) {
 }
 
 /// Whatever belongs in front of a value, and then room for so many letters.
-void JSONTextWriter::beginValue(std::size_t room) {
+inline void JSONTextWriter::beginValue(std::size_t room) {
   if (!isInPlace_)
     putSeparator();
   isInPlace_ = false;
   reserve(room);
 }
 
-void JSONTextWriter::endValue() {
+inline void JSONTextWriter::endValue() {
   isFirst_ = false;
   if (depth_ != 0)
     return;
@@ -187,19 +251,22 @@ void JSONTextWriter::putLiteral(std::string_view letters) {
   endValue();
 }
 
-void JSONTextWriter::putDigits(std::uint64_t value) {
-  constexpr std::uint64_t twoDigits = 10;
-  constexpr std::uint64_t manyDigits = 100;
+inline void JSONTextWriter::putDigits(std::uint64_t value) {
+  constexpr std::uint64_t manyDigits = 1000;
   if (value >= manyDigits) {
     at_ = std::to_chars(at_, at_ + roomForNumber, value).ptr;
     return;
   }
-  if (value >= twoDigits)
-    put(static_cast<char>('0' + value / 10));
-  put(static_cast<char>('0' + value % 10));
+  char* at = at_;
+  if (value >= 100)
+    *at++ = static_cast<char>('0' + value / 100);
+  if (value >= 10)
+    *at++ = static_cast<char>('0' + value / 10 % 10);
+  *at++ = static_cast<char>('0' + value % 10);
+  at_ = at;
 }
 
-void JSONTextWriter::putInteger(std::int64_t value) {
+inline void JSONTextWriter::putInteger(std::int64_t value) {
   if (value >= 0)
     return putDigits(static_cast<std::uint64_t>(value));
   put('-');
@@ -224,34 +291,11 @@ void JSONTextWriter::putQuoted(std::string_view value) {
   constexpr std::size_t quotes = 2;
   reserve(value.size() + quotes);
   put('"');
-  if (!putShort(value))
+  if (char* const behind = copyShort(value, at_)) [[likely]]
+    at_ = behind;
+  else
     putEscaped(value);
   put('"');
-}
-
-/// Puts a text of 4 to 16 bytes that needs no escape; any other is left alone. Keys are such, and
-/// two loads that overlap are cheaper than a loop.
-bool JSONTextWriter::putShort(std::string_view value) {
-  const auto copied = [&]<class Half>(Half /*type*/) {
-    Half first = 0;
-    Half last = 0;
-    const std::size_t lastStart = value.size() - sizeof(Half);
-    std::memcpy(&first, value.data(), sizeof(Half));
-    std::memcpy(&last, value.data() + lastStart, sizeof(Half));
-    if constexpr (sizeof(Half) == sizeof(std::uint32_t)) {
-      if (detail::needsEscape(std::uint64_t{first} << 32 | last))
-        return false;
-    } else if (detail::needsEscape(first) || detail::needsEscape(last)) {
-      return false;
-    }
-    std::memcpy(at_, &first, sizeof(Half));
-    std::memcpy(at_ + lastStart, &last, sizeof(Half));
-    at_ += value.size();
-    return true;
-  };
-  if (value.size() > 2 * sizeof(std::uint64_t) || value.size() < sizeof(std::uint32_t))
-    return false;
-  return value.size() >= sizeof(std::uint64_t) ? copied(std::uint64_t{}) : copied(std::uint32_t{});
 }
 
 /// The inside of a string, for which there is room if nothing must be escaped.
@@ -281,7 +325,7 @@ void JSONTextWriter::putEscape(char letter) {
   put(digits[static_cast<unsigned char>(letter) & 0xF]);
 }
 
-void JSONTextWriter::reserve(std::size_t room) {
+inline void JSONTextWriter::reserve(std::size_t room) {
   if (static_cast<std::size_t>(end_ - at_) < room) [[unlikely]]
     grow(room);
 }

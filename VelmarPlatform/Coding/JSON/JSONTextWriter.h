@@ -63,7 +63,7 @@ private:
   void putSeparator();
   void putNewLine();
   void putQuoted(std::string_view value);
-  bool putShort(std::string_view value);
+  void putKeyInLayout(std::string_view key);
   void putEscaped(std::string_view value);
   void putEscape(char letter);
   void putInteger(std::int64_t value);

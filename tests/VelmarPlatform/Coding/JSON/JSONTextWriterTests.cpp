@@ -37,6 +37,19 @@ std::string written(const std::string& value) {
   return text;
 }
 
+/// `value` as two keys and as a text behind the second.
+std::string writtenAsKeys(const std::string& value, JSONTextOptions options = {}) {
+  std::string text;
+  JSONTextWriter writer(text, options);
+  writer.beginTable();
+  writer.key(value);
+  writer.nil();
+  writer.key(value);
+  writer.text(value);
+  writer.endTable();
+  return text;
+}
+
 TEST(JSONTextWriter, WritesNumbersAsShortAsTheyCanBe) {
   struct Row {
     double number;
@@ -73,9 +86,12 @@ TEST(JSONTextWriter, WritesArraysOfIntegersAtOnceAsOneByOne) {
                                             10,
                                             99,
                                             100,
+                                            102,
+                                            999,
+                                            1000,
                                             -1,
                                             -10,
-                                            -100,
+                                            -203,
                                             std::numeric_limits<std::int64_t>::max(),
                                             std::numeric_limits<std::int64_t>::min()};
   const auto writtenTo = [](std::span<const std::int64_t> integers, JSONTextOptions options) {
@@ -84,7 +100,7 @@ TEST(JSONTextWriter, WritesArraysOfIntegersAtOnceAsOneByOne) {
     return text;
   };
   EXPECT_EQ(writtenTo(values, {}),
-            "[0,9,10,99,100,-1,-10,-100,9223372036854775807,-9223372036854775808]");
+            "[0,9,10,99,100,102,999,1000,-1,-10,-203,9223372036854775807,-9223372036854775808]");
   EXPECT_EQ(writtenTo({}, {}), "[]");
   EXPECT_EQ(writtenTo(std::span(values).first(2), {.pretty = true}), "[\n  0,\n  9\n]");
 }
@@ -100,8 +116,12 @@ TEST(JSONTextWriter, EscapesOnlyWhatItMust) {
       for (const char letter : {'"', '\\', '\n'}) {
         plain[place] = letter;
         const std::string escape = letter == '\n' ? "\\n" : std::string("\\") + letter;
-        EXPECT_EQ(written(plain), '"' + std::string(place, '\x7F') + escape +
-                                      std::string(length - place - 1, '\x7F') + '"');
+        const std::string quoted = '"' + std::string(place, '\x7F') + escape +
+                                   std::string(length - place - 1, '\x7F') + '"';
+        EXPECT_EQ(written(plain), quoted);
+        const std::string table = "{" + quoted + ":null," + quoted + ":" + quoted + "}";
+        EXPECT_EQ(writtenAsKeys(plain), table);
+        EXPECT_EQ(writtenAsKeys(plain, {.sortedKeys = true}), table);
       }
     }
 
