@@ -58,7 +58,8 @@ struct Command {
   std::string_view name;
   std::string_view summary;
   std::string_view usage; ///< Without the program's name: "tree FILE [--json]".
-  /// A few lines on what isn't plain from the summary, each ending in a line feed.
+  /// What isn't plain from the summary: paragraphs, an empty line between them, to be folded.
+  /// Lines that begin with a blank stay as they stand.
   std::string_view details;
   std::vector<Option> options;
   std::vector<Example> examples;

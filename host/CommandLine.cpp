@@ -1,6 +1,7 @@
 #include "host/CommandLine.h"
 
 #include "VelmarParser/Grammar/Grammar.h"
+#include "VelmarPlatform/Unicode/Characters.h"
 #include "VelmarPlatform/Unicode/UTF.h"
 #include "host/CursorCommands.h"
 #include "host/EnvCommand.h"
@@ -17,6 +18,7 @@
 #include "host/ShrinkCommand.h"
 #include "host/TreeCommand.h"
 #include "host/WhichCommand.h"
+#include "host/Wording.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -25,6 +27,8 @@
 namespace velmar::host {
 
 namespace {
+
+constexpr std::int64_t helpColumns = 80;
 
 constexpr std::string_view exitCodes =
     "Exit codes: 0 done, 1 the input couldn’t be used, 2 the command line makes no sense.\n";
@@ -47,21 +51,34 @@ void writeOverview(Output& output) {
   output.write(" All about one command, with examples.\n");
 }
 
+using Rows = std::vector<std::pair<std::string, std::string_view>>;
+
+/// Two columns, the first as wide as it must be.
+void writeRows(std::string_view heading, const Rows& rows, Output& output) {
+  if (rows.empty())
+    return;
+  std::int64_t width = 0;
+  for (const auto& [left, right] : rows)
+    width = std::max(width, characterCount(left));
+  output.write(fmt::format("\n{}:\n", heading), Style::heading);
+  for (const auto& [left, right] : rows)
+    output.write(fmt::format("  {:<{}}  {}\n", left, width, right));
+}
+
 void writeHelp(const Command& command, Output& output) {
   output.write(fmt::format("{}\n\n", command.summary));
   output.write("Usage: ", Style::heading);
   output.write(fmt::format("velmar {}\n", command.usage));
   if (!command.details.empty())
-    output.write(fmt::format("\n{}", command.details));
-  if (!command.options.empty()) {
-    output.write("\nOptions:\n", Style::heading);
-    for (const Option& option : command.options)
-      output.write(fmt::format("  {:<16} {}\n", fmt::format("{} {}", option.name, option.value),
-                               option.summary));
-  }
-  output.write("\nExamples:\n", Style::heading);
+    output.write("\n" + foldedParagraphs(command.details, helpColumns));
+  Rows options;
+  for (const Option& option : command.options)
+    options.emplace_back(fmt::format("{} {}", option.name, option.value), option.summary);
+  writeRows("Options", options, output);
+  Rows examples;
   for (const Example& example : command.examples)
-    output.write(fmt::format("  {:<44} {}\n", example.command, example.shows));
+    examples.emplace_back(example.command, example.shows);
+  writeRows("Examples", examples, output);
   output.write("\n");
   output.write(exitCodes);
 }

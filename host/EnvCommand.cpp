@@ -95,9 +95,9 @@ Command envCommand() {
       .summary = "Show the environment that the user has in a terminal.",
       .usage = "env [--differences] [--shell PATH]",
       .details =
-          "Asks the user’s login shell, as the engine does for an application that was started\n"
-          "from the desktop. In front of a variable stands “+” if this process doesn’t have it,\n"
-          "“~” if it has another value here, and “-” if only this process has it.\n",
+          "Asks the user’s login shell, as the engine does for an application that was started "
+          "from the desktop. In front of a variable stands “+” if this process doesn’t have it, "
+          "“~” if it has another value here, and “-” if only this process has it.",
       .options = std::move(options),
       .examples = {{"velmar env --differences",
                     "What a terminal would have and this process hasn’t."},

@@ -184,16 +184,14 @@ Command execCommand() {
       .name = "exec",
       .summary = "Run a program and show how it goes.",
       .usage = "exec -- COMMAND [ARGUMENT …]",
-      .details =
-          "Looks for the program in PATH and runs it as an operation, as the engine does with\n"
-          "installers. On a terminal the last line tells how long it has taken. Otherwise what "
-          "the\n"
-          "program writes to standard output goes there, and all else to standard error.\n"
-          "Ctrl-C, SIGTERM and a terminal that hangs up ask the program to end, with all that it\n"
-          "started; the second time, or five seconds later, it is killed. The exit code is the\n"
-          "program’s own; 128 and the signal’s number if a signal ended it; 127 if it wasn’t "
-          "found\n"
-          "and 126 if it can’t be run.\n",
+      .details = "Looks for the program in PATH and runs it as an operation, as the engine does "
+                 "with installers. On a terminal the last line tells how long it has taken. "
+                 "Otherwise what the program writes to standard output goes there, and all else to "
+                 "standard error. Ctrl-C, SIGTERM and a terminal that hangs up ask the program to "
+                 "end, with all that it started; the second time, or five seconds later, it is "
+                 "killed. Ctrl-Z stops velmar alone: the program has a session of its own, and "
+                 "goes on. The exit code is the program’s own; 128 and the signal’s number if a "
+                 "signal ended it; 127 if it wasn’t found and 126 if it can’t be run.",
       .options = {},
       .examples = {{"velmar exec -- make -j2", "Build with a live view."},
                    {"velmar exec -- sh -c 'ls; exit 3'", "Ends with the exit code 3."}},

@@ -50,17 +50,13 @@ Command explainCommand() {
       .name = "explain",
       .summary = "Say why a place of a file looks as it does.",
       .usage = "explain FILE:LINE:COLUMN",
-      .details =
-          "For each language layer at the place: its ranges, the nodes from the root down with\n"
-          "their fields, and the captures that cover the place, in the order of painting: the "
-          "last\n"
-          "one is on top. With each come its priority, the file and line of its pattern in the\n"
-          "language packs, and the predicates of the pattern, all of which let it pass. Captures\n"
-          "whose names begin with “_” aren’t painted.\n"
-          "\n"
-          "Lines and columns count from 1, columns in UTF-16 code units. Without a column it is "
-          "the\n"
-          "first. FILE is “-” for standard input.\n",
+      .details = "For each language layer at the place: its ranges, the nodes from the root down "
+                 "with their fields, and the captures that cover the place, in the order of "
+                 "painting: the last one is on top. With each come its priority, the file and line "
+                 "of its pattern in the language packs, and the predicates of the pattern, all of "
+                 "which let it pass. Captures whose names begin with “_” aren’t painted.\n\n"
+                 "Lines and columns count from 1, columns in UTF-16 code units. Without a column "
+                 "it is the first. FILE is “-” for standard input.",
       .options = {languageOption(), verboseOption()},
       .examples = {{"velmar explain main.cpp:12:8", "What is at column 8 of line 12."},
                    {"velmar explain page.html:40", "At the start of line 40."},

@@ -101,12 +101,10 @@ Command indentCommand() {
       .name = "indent",
       .summary = "Compare a file’s indentation with the engine’s.",
       .usage = "indent FILE [--all]",
-      .details =
-          "A line shows the number of a line, the columns that it is indented by, those that it "
-          "would\n"
-          "get, and its text. Blank lines and those that keep their blanks, such as in a comment, "
-          "don’t\n"
-          "count. The last line has the share that agrees. FILE is “-” for standard input.\n",
+      .details = "A line shows the number of a line, the columns that it is indented by, those "
+                 "that it would get, and its text. Blank lines and those that keep their blanks, "
+                 "such as in a comment, don’t count. The last line has the share that agrees. FILE "
+                 "is “-” for standard input.",
       .options = {{"--all", "", "Show lines that agree, too."},
                   {"--width", "N", "The columns of a level, else as the file has it."},
                   languageOption(),

@@ -53,10 +53,9 @@ Command languagesCommand() {
       .name = "languages",
       .summary = "List the grammars and the languages they parse.",
       .usage = "languages",
-      .details =
-          "Each grammar with the version of its table format (ABI), the name and version that it\n"
-          "gives itself, how many symbols, fields and states it has, and the languages that use "
-          "it.\n",
+      .details = "Each grammar with the version of its table format (ABI), the name and version "
+                 "that it gives itself, how many symbols, fields and states it has, and the "
+                 "languages that use it.",
       .options = {},
       .examples = {{"velmar languages", "All grammars."},
                    {"velmar languages | grep python", "One of them."}},

@@ -51,10 +51,8 @@ Command memoryCommand() {
       .summary = "Tell what an open file takes in memory.",
       .usage = "mem FILE [--language ID]",
       .details = "In bytes, and in bytes for each unit of text, of which a character has one or "
-                 "two. What\n"
-                 "is kept for keystrokes makes an edit cost what it changes. Parsers, queries and "
-                 "what the\n"
-                 "allocator adds aren’t counted.\n",
+                 "two. What is kept for keystrokes makes an edit cost what it changes. Parsers, "
+                 "queries and what the allocator adds aren’t counted.",
       .options = {languageOption(), verboseOption()},
       .examples = {{"velmar mem page.html", "A page with its scripts and styles."}},
       .run = run,

@@ -48,15 +48,11 @@ Command outlineCommand() {
       .usage = "outline FILE [--json]",
       .details =
           "A line shows a symbol: its kind, its name, its arguments, its lines from 1, and its "
-          "level\n"
-          "where it has one. What lies inside it stands below it, further to the right, whatever\n"
-          "language it is in.\n"
-          "\n"
-          "Comments that begin with “!” are bookmarks, as are those that begin with a word such "
-          "as\n"
-          "TODO or MARK; with “-” behind that, a line across the outline.\n"
-          "\n"
-          "FILE is “-” for standard input. Its name or its interpreter line tells the language.\n",
+          "level where it has one. What lies inside it stands below it, further to the right, "
+          "whatever language it is in.\n\n"
+          "Comments that begin with “!” are bookmarks, as are those that begin with a word such as "
+          "TODO or MARK; with “-” behind that, a line across the outline.\n\n"
+          "FILE is “-” for standard input. Its name or its interpreter line tells the language.",
       .options = {languageOption(),
                   {"--json", "", "Print a list of symbols, each with those that it holds."},
                   verboseOption()},
@@ -73,10 +69,9 @@ Command foldsCommand() {
       .summary = "Print what of a file can be folded.",
       .usage = "folds FILE [--json]",
       .details =
-          "A line shows a fold: its lines from 1, its role and the text of its first line, which\n"
-          "stays in sight. Folds inside others stand below them, further to the right.\n"
-          "\n"
-          "FILE is “-” for standard input. Its name or its interpreter line tells the language.\n",
+          "A line shows a fold: its lines from 1, its role and the text of its first line, which "
+          "stays in sight. Folds inside others stand below them, further to the right.\n\n"
+          "FILE is “-” for standard input. Its name or its interpreter line tells the language.",
       .options = {languageOption(),
                   {"--json", "", "Print a list of ranges in UTF-16 code units."},
                   verboseOption()},

@@ -100,9 +100,8 @@ Command peerCommand() {
       .name = "peer",
       .summary = "Be a bad JSON-RPC peer on standard input and output.",
       .usage = "peer FAULT|echo|--list",
-      .details =
-          "Answers each request that comes, framed as language servers do, with the fault. So\n"
-          "one sees what a session makes of it.\n",
+      .details = "Answers each request that comes, framed as language servers do, with the fault. "
+                 "So one sees what a session makes of it.",
       .options = {{"--list", "", "Print the faults, a line each."},
                   {"--listen", "PLACE", "Serve one connection to unix:PATH or HOST:PORT."}},
       .examples = {{"velmar peer --list", "What can go wrong."},
@@ -116,9 +115,8 @@ Command playCommand() {
       .name = "play",
       .summary = "Be the peer of a recorded conversation.",
       .usage = "play RECORD [--pauses]",
-      .details =
-          "Writes what the peer wrote, in the recorded chunks, each after as many messages have\n"
-          "come as it was given then.\n",
+      .details = "Writes what the peer wrote, in the recorded chunks, each after as many messages "
+                 "have come as it was given then.",
       .options = {{"--pauses", "", "Keep the recorded pauses."}},
       .examples = {{"velmar play server.record", "Stand in for a server."}},
       .run = runPlay,

@@ -155,13 +155,12 @@ Command rpcCommand() {
       .summary = "Talk JSON-RPC with a program or a server.",
       .usage = "rpc --stdio COMMAND|--connect PLACE",
       .details =
-          "Reads lines from standard input. A line is a method and, behind a blank,\n"
-          "parameters in JSON; it is sent as a request, or as a notification if it starts\n"
-          "with “!”. The next one follows when the response is there. Results are printed as\n"
-          "JSON, a line each, what the peer notifies of behind “←”. Messages are framed as\n"
-          "language servers do. A PLACE is unix:PATH or HOST:PORT. If the session ends on\n"
-          "something that can’t be read, the bytes around it are shown, and the exit code\n"
-          "is 1, as it is for a request that failed.\n",
+          "Reads lines from standard input. A line is a method and, behind a blank, parameters in "
+          "JSON; it is sent as a request, or as a notification if it starts with “!”. The next one "
+          "follows when the response is there. Results are printed as JSON, a line each, what the "
+          "peer notifies of behind “←”. Messages are framed as language servers do. A PLACE is "
+          "unix:PATH or HOST:PORT. If the session ends on something that can’t be read, the bytes "
+          "around it are shown, and the exit code is 1, as it is for a request that failed.",
       .options = {{"--stdio", "", "Start COMMAND and talk over its standard input and output."},
                   {"--connect", "PLACE", "Connect to a socket."},
                   {"--record", "FILE", "Write what goes over the wire to FILE, for “velmar play”."},

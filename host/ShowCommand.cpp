@@ -181,17 +181,13 @@ Command showCommand() {
       .usage = "show FILE [--html|--json] [--range A-B]",
       .details =
           "Colours come from the language packs, or from the query texts that grammars bring "
-          "along.\n"
-          "Control characters, characters that turn the direction of writing around and halves of\n"
-          "characters are shown by a sign or a number, so that no text can act on the terminal.\n"
-          "\n"
+          "along. Control characters, characters that turn the direction of writing around and "
+          "halves of characters are shown by a sign or a number, so that no text can act on the "
+          "terminal.\n\n"
           "Without an option for the form, the text is painted for the terminal, in its colours, "
-          "or\n"
-          "plainly for pipes. COLORTERM=truecolor and NO_COLOR in the environment are honoured, "
-          "and\n"
-          "VELMAR_PACKS names another folder of packs.\n"
-          "\n"
-          "FILE is “-” for standard input. Its name or its interpreter line tells the language.\n",
+          "or plainly for pipes. COLORTERM=truecolor and NO_COLOR in the environment are honoured, "
+          "and VELMAR_PACKS names another folder of packs.\n\n"
+          "FILE is “-” for standard input. Its name or its interpreter line tells the language.",
       .options = {languageOption(),
                   {"--ansi", "", "Colours even where the output is no terminal."},
                   {"--html", "", "One page for a browser; layers show on hover."},

@@ -123,12 +123,10 @@ Command shrinkCommand() {
       .summary = "Make a session that shows a fault small.",
       .usage = "shrink SESSION -- COMMAND [ARGUMENT …]",
       .details =
-          "The command says whether a session shows the fault, by failing: with an exit code "
-          "other\n"
-          "than 0, or by a signal. The session’s path stands behind its arguments, or wherever "
-          "one\n"
-          "of them is “{}”. Edits and texts are left out as long as it goes on failing. What is\n"
-          "left goes to standard output; each step is told on standard error.\n",
+          "The command says whether a session shows the fault, by failing: with an exit code other "
+          "than 0, or by a signal. The session’s path stands behind its arguments, or wherever one "
+          "of them is “{}”. Edits and texts are left out as long as it goes on failing. What is "
+          "left goes to standard output; each step is told on standard error.",
       .options = {{"--output", "FILE", "Write it there, also after each step on the way."},
                   {"--checks", "N", "Ask at most N times; 2000 if not given."}},
       .examples = {{"velmar shrink crash.session -- velmar replay", "What makes the engine crash."},

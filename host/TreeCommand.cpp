@@ -114,16 +114,11 @@ Command treeCommand() {
       .usage = "tree FILE [--language ID] [--json]",
       .details =
           "A line shows a node: its field, its type (tokens in quotation marks), its range in "
-          "UTF-16\n"
-          "code units from 0, the same by line and column from 1, and the text of short leaves. "
-          "ERROR\n"
-          "is text that fits no rule; MISSING is what the parser put in to go on. The last line "
-          "counts\n"
-          "units, lines and nodes and gives the time of the parse. In JSON lines and columns "
-          "count\n"
-          "from 0.\n"
-          "\n"
-          "FILE is “-” for standard input. Its name or its interpreter line tells the language.\n",
+          "UTF-16 code units from 0, the same by line and column from 1, and the text of short "
+          "leaves. ERROR is text that fits no rule; MISSING is what the parser put in to go on. "
+          "The last line counts units, lines and nodes and gives the time of the parse. In JSON "
+          "lines and columns count from 0.\n\n"
+          "FILE is “-” for standard input. Its name or its interpreter line tells the language.",
       .options = {{"--language", "ID", "Parse as this language, whatever the file is called."},
                   {"--json", "", "Print nested JSON instead."},
                   {"--watch", "", "Parse again as the file changes, and print what changed."}},

@@ -55,8 +55,8 @@ Command whichCommand() {
       .summary = "Find programs where the user would find them.",
       .usage = "which NAME… [--shell PATH]",
       .details =
-          "Looks in the folders of the PATH that the user’s login shell gives, as the engine\n"
-          "does for language servers and tools. A path is found from each of them as well.\n",
+          "Looks in the folders of the PATH that the user’s login shell gives, as the engine does "
+          "for language servers and tools. A path is found from each of them as well.",
       .options = userEnvironmentOptions(),
       .examples = {{"velmar which clangd node", "Both, each on a line."},
                    {"velmar which cargo --shell /bin/zsh", "As another shell has it."}},
