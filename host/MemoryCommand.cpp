@@ -2,6 +2,7 @@
 
 #include "VelmarParser/Document/DocumentMemory.h"
 #include "host/OpenDocument.h"
+#include "host/Wording.h"
 
 #include <array>
 #include <fmt/format.h>
@@ -35,8 +36,10 @@ void run(const Arguments& arguments, Streams& streams) {
   const auto write = [&](std::string_view what, std::int64_t bytes, Style style) {
     streams.output.write(fmt::format("{:<16}{:>14}{:>10}\n", what, bytes, perUnit(bytes)), style);
   };
-  streams.output.write(fmt::format("{}: {} units, {} lines, {} layers\n", document->name(),
-                                   parse.count(), parse.text().lineCount(), parse.layers().size()));
+  streams.output.write(fmt::format("{}: {}, {}, {}\n", document->name(),
+                                   counted(parse.count(), "unit"),
+                                   counted(lineCountForPeople(parse.text()), "line"),
+                                   counted(std::ssize(parse.layers()), "layer")));
   streams.output.write(fmt::format("{:<16}{:>14}{:>10}\n", "", "bytes", "a unit"), Style::heading);
   for (const auto& [what, bytes] : rows)
     write(what, memory.*bytes, Style::plain);

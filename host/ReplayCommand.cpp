@@ -8,6 +8,7 @@
 #include "host/OpenDocument.h"
 #include "host/RandomSession.h"
 #include "host/SessionFile.h"
+#include "host/Wording.h"
 
 #include <algorithm>
 #include <charconv>
@@ -63,10 +64,12 @@ public:
 
   void writeTotals() {
     const Parse& parse = document_.parse();
-    streams_.output.write(fmt::format("{} edits: digest {:016x}\n", digests_.size(), all_.value()));
-    streams_.output.write(fmt::format("{} units, {} lines, {} layers, {} nodes at the end\n",
-                                      parse.count(), parse.text().lineCount(),
-                                      parse.layers().size(), nodes_));
+    streams_.output.write(
+        fmt::format("{}: digest {:016x}\n", counted(std::ssize(digests_), "edit"), all_.value()));
+    streams_.output.write(fmt::format("{}, {}, {}, {} at the end\n", counted(parse.count(), "unit"),
+                                      counted(lineCountForPeople(parse.text()), "line"),
+                                      counted(std::ssize(parse.layers()), "layer"),
+                                      counted(nodes_, "node")));
     if (times_.empty())
       return;
     std::vector<nanoseconds> sorted = times_;

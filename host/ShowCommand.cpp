@@ -7,6 +7,7 @@
 #include "host/PagePicture.h"
 #include "host/PictureJSON.h"
 #include "host/TerminalPicture.h"
+#include "host/Wording.h"
 
 #include <algorithm>
 #include <charconv>
@@ -137,12 +138,9 @@ void showAsPage(const OpenDocument& document, TextRange range, const ShowOptions
        .folds = options.showsFolds ? foldTitles(structure.folds, text)
                                    : std::map<std::int64_t, std::string>()},
       output);
-  const auto counted = [](auto count, std::string_view what) {
-    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-  };
   page.writeHead(fmt::format("{} · {} · {}", document.language().rawValue,
-                             counted(document.parse().text().lineCount(), "line"),
-                             counted(painter.layers().size(), "layer")));
+                             counted(lineCountForPeople(text), "line"),
+                             counted(std::ssize(painter.layers()), "layer")));
   page.write(range);
   page.writeFoot();
 }

@@ -5,6 +5,7 @@
 #include "VelmarPlatform/Process/Subprocess.h"
 #include "host/SessionFile.h"
 #include "host/SessionShrinking.h"
+#include "host/Wording.h"
 
 #include <algorithm>
 #include <charconv>
@@ -64,14 +65,12 @@ bool failsFor(const Session& session, const std::vector<std::string>& words,
 }
 
 std::string sizeOf(const Session& session) {
-  std::size_t inserted = 0;
+  std::int64_t inserted = 0;
   for (const SessionEdit& edit : session.edits)
-    inserted += edit.text.size();
-  const auto counted = [](std::size_t count, std::string_view what) {
-    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-  };
-  return fmt::format("{} that bring {}, in a text of {}", counted(session.edits.size(), "edit"),
-                     counted(inserted, "unit"), session.initial.size());
+    inserted += std::ssize(edit.text);
+  return fmt::format("{} that bring {}, in a text of {}",
+                     counted(std::ssize(session.edits), "edit"), counted(inserted, "unit"),
+                     session.initial.size());
 }
 
 std::int64_t checksFrom(const Arguments& arguments) {

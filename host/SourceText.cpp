@@ -4,6 +4,7 @@
 #include "VelmarPlatform/Files/FileContents.h"
 #include "VelmarPlatform/Files/FilePath.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "host/Wording.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -27,10 +28,6 @@ std::int64_t utf16Count(std::string_view bytes) {
   return count;
 }
 
-std::string counted(std::size_t count, std::string_view one, std::string_view many) {
-  return fmt::format("{} {}", count, count == 1 ? one : many);
-}
-
 void refuseBeyond(std::int64_t limit, std::int64_t count, const std::string& name) {
   if (count > limit)
     throw Error(
@@ -43,12 +40,12 @@ std::u16string unitsOf(std::string_view bytes, const std::string& name,
   std::size_t repairs = 0;
   std::u16string units = utf16RepairingUTF8(bytes, &repairs);
   if (repairs != 0)
+    notes.push_back(fmt::format("Repaired {}: {} became U+FFFD.", name,
+                                counted(static_cast<std::int64_t>(repairs),
+                                        "piece that isn’t UTF-8", "pieces that aren’t UTF-8")));
+  if (const auto zeros = std::ranges::count(bytes, '\0'); zeros != 0)
     notes.push_back(
-        fmt::format("Repaired {}: {} became U+FFFD.", name,
-                    counted(repairs, "piece that isn’t UTF-8", "pieces that aren’t UTF-8")));
-  if (const auto zeros = static_cast<std::size_t>(std::ranges::count(bytes, '\0')); zeros != 0)
-    notes.push_back(fmt::format("Found {} in {}; is it text?",
-                                counted(zeros, "NUL character", "NUL characters"), name));
+        fmt::format("Found {} in {}; is it text?", counted(zeros, "NUL character"), name));
   return units;
 }
 

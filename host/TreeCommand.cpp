@@ -8,6 +8,7 @@
 #include "host/SourceText.h"
 #include "host/TreePrinter.h"
 #include "host/TreeWatch.h"
+#include "host/Wording.h"
 
 #include <fmt/format.h>
 
@@ -35,18 +36,14 @@ double milliseconds(std::chrono::nanoseconds time) {
   return std::chrono::duration<double, std::milli>(time).count();
 }
 
-std::string counted(std::int64_t count, std::string_view one, std::string_view many) {
-  return fmt::format("{} {}", count, count == 1 ? one : many);
-}
-
 void printText(const Parsed& parsed, const DocumentText& text, std::string_view language,
                Output& output) {
   const TreeCounts counts = printTree(parsed.tree, text, output);
-  output.write(fmt::format("{}: {}, {}, {}, ", language, counted(text.count(), "unit", "units"),
-                           counted(text.lineCount(), "line", "lines"),
-                           counted(counts.nodes, "node", "nodes")));
+  output.write(fmt::format("{}: {}, {}, {}, ", language, counted(text.count(), "unit"),
+                           counted(lineCountForPeople(text), "line"),
+                           counted(counts.nodes, "node")));
   if (counts.errors != 0)
-    output.write(fmt::format("{}, ", counted(counts.errors, "error", "errors")), Style::error);
+    output.write(fmt::format("{}, ", counted(counts.errors, "error")), Style::error);
   if (counts.missing != 0)
     output.write(fmt::format("{} missing, ", counts.missing), Style::error);
   output.write(fmt::format("{:.2f} ms\n", milliseconds(parsed.time)));
@@ -83,8 +80,8 @@ void watch(const Arguments& arguments, Streams& streams) {
   const Parse& parse = document->parse();
   streams.output.write(fmt::format(
       "{}: {}, {}, {}, {:.2f} ms. Watching; Ctrl-C ends it.\n", document->language().rawValue,
-      counted(parse.count(), "unit", "units"), counted(parse.text().lineCount(), "line", "lines"),
-      counted(std::ssize(parse.layers()), "layer", "layers"), milliseconds(document->loadTime())));
+      counted(parse.count(), "unit"), counted(lineCountForPeople(parse.text()), "line"),
+      counted(std::ssize(parse.layers()), "layer"), milliseconds(document->loadTime())));
   watchDocument(*document, path, fileWatch, streams);
 }
 

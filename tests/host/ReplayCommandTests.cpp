@@ -30,7 +30,7 @@ TEST(ReplayCommand, PrintsADigestForEachEditAndTotals) {
       result.output, std::regex("     1 [0-9a-f]{16} 1 layers, changed 1:[12]-1:4\n"
                                 "     2 [0-9a-f]{16} 1 layers, changed 1:1-1:[23]\n"
                                 "2 edits: digest [0-9a-f]{16}\n"
-                                "5 units, 1 lines, 1 layers, 5 nodes at the end\n"
+                                "5 units, 1 line, 1 layer, 5 nodes at the end\n"
                                 "load 1.50 ms; edits 3.00 ms: half within 1.500 ms, 99 of 100 "
                                 "within 1.500 ms, the slowest, number 1, 1.500 ms\n")))
       << result.output;
