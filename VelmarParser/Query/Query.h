@@ -230,12 +230,18 @@ inline Query::Patterns Query::patterns() const {
 
 template <QueryPredicate P>
 const Query::ByPattern<P>& Query::customPredicates() const {
-  return customPredicates_.withLock([&](auto& families) -> const ByPattern<P>& {
-    auto& family = families[&familyMark<P>];
-    if (!family)
-      family = std::make_shared<const ByPattern<P>>(readCustomPredicates<P>());
-    return *static_cast<const ByPattern<P>*>(family.get());
-  });
+  const auto kept = [this](std::shared_ptr<const void> family) {
+    return customPredicates_.withLock([&](auto& families) {
+      auto& known = families[&familyMark<P>];
+      if (!known)
+        known = std::move(family);
+      return known;
+    });
+  };
+  auto family = kept(nullptr);
+  if (!family) // Read without the lock: `P` may ask the query for predicates of its own.
+    family = kept(std::make_shared<const ByPattern<P>>(readCustomPredicates<P>()));
+  return *static_cast<const ByPattern<P>*>(family.get());
 }
 
 template <QueryPredicate P>

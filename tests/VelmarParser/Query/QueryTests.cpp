@@ -346,6 +346,26 @@ TEST(Query, ReadsPredicatesOfOtherFamiliesWhenAsked) {
       QueryPredicateError);
 }
 
+/// A predicate that looks at the other predicates of its query when it is read.
+struct Curious {
+  enum class Name { curious };
+  friend std::span<const std::string_view> rawValuesOf(Name) {
+    static constexpr std::array<std::string_view, 1> texts{"curious?"};
+    return texts;
+  }
+  Curious(Name, QueryPredicateArguments)
+      : cursors(query->customPredicates<CursorIn>().front().size()) {}
+  std::size_t cursors;
+  static inline const Query* query = nullptr;
+};
+
+TEST(Query, PredicatesOfOtherFamiliesMayAskForEachOther) {
+  const Query query("((number) @n (#curious?) (#cursor-in? @n))",
+                    Grammar::fromBuiltIn(Grammar::BuiltIn::json));
+  Curious::query = &query;
+  EXPECT_EQ(query.customPredicates<Curious>().front().front().cursors, 1U);
+}
+
 } // namespace
 
 } // namespace velmar
