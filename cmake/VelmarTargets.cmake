@@ -36,3 +36,12 @@ function(velmar_precompiled_header target)
     target_precompile_headers(${target} REUSE_FROM VelmarPlatform)
   endif()
 endfunction()
+
+# VelmarSourceTree tells where this checkout stands. A definition on every command line would keep ccache from taking in
+# one checkout what it compiled in another.
+function(velmar_source_tree)
+  configure_file("${CMAKE_SOURCE_DIR}/cmake/SourceTree.cpp.in" "${CMAKE_BINARY_DIR}/SourceTree.cpp" @ONLY)
+  add_library(VelmarSourceTree STATIC EXCLUDE_FROM_ALL "${CMAKE_BINARY_DIR}/SourceTree.cpp")
+  target_include_directories(VelmarSourceTree PRIVATE ${CMAKE_SOURCE_DIR})
+  target_link_libraries(VelmarSourceTree PRIVATE VelmarOptions VelmarSanitizers)
+endfunction()

@@ -3,6 +3,7 @@
 // the end gives the same where the runtime's trees are the same.
 
 #include "VelmarPlatform/Basics/Precondition.h"
+#include "cmake/SourceTree.h"
 #include "host/Languages.h"
 #include "tests/Support/Oracle.h"
 
@@ -23,8 +24,8 @@ ParseConfiguration language(std::uint8_t choice) {
   static constexpr std::array<const char*, 6> names{"html",       "markdown", "javascript",
                                                     "typescript", "cpp",      "css"};
   // Never destroyed: configurations refer to it.
-  static auto& languages = *new host::Languages({.packs = FilePath(VELMAR_SOURCE_DIR "/packs"),
-                                                 .shipped = FilePath(VELMAR_SOURCE_DIR "/packs"),
+  static auto& languages = *new host::Languages({.packs = FilePath(sourcePath("packs")),
+                                                 .shipped = FilePath(sourcePath("packs")),
                                                  .note = ""});
   return *languages.configurationFor(LanguageID(names[choice % names.size()]));
 }

@@ -10,6 +10,7 @@
 #include "VelmarParser/Cursor/Words.h"
 #include "VelmarPlatform/Basics/Precondition.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "cmake/SourceTree.h"
 #include "host/Languages.h"
 
 #include <algorithm>
@@ -28,8 +29,8 @@ ParseConfiguration language(std::uint8_t choice) {
   static constexpr std::array<const char*, 8> names{"html", "markdown",   "javascript", "tsx",
                                                     "cpp",  "typescript", "css",        "c"};
   // Never destroyed: configurations refer to it.
-  static auto& languages = *new host::Languages({.packs = FilePath(VELMAR_SOURCE_DIR "/packs"),
-                                                 .shipped = FilePath(VELMAR_SOURCE_DIR "/packs"),
+  static auto& languages = *new host::Languages({.packs = FilePath(sourcePath("packs")),
+                                                 .shipped = FilePath(sourcePath("packs")),
                                                  .note = ""});
   return *languages.configurationFor(LanguageID(names[choice % names.size()]));
 }

@@ -1,6 +1,7 @@
 #include "bench/VelmarParser/JavaScriptDocument.h"
 
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "cmake/SourceTree.h"
 
 #include <filesystem>
 #include <fstream>
@@ -15,9 +16,7 @@ namespace {
 
 std::string contentsOf(const std::string& path) {
   std::stringstream content;
-  content << std::ifstream(std::filesystem::path(VELMAR_SOURCE_DIR) / "packs" / path,
-                           std::ios::binary)
-                 .rdbuf();
+  content << std::ifstream(sourcePath("packs/" + path), std::ios::binary).rdbuf();
   return content.str();
 }
 

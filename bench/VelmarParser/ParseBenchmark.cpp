@@ -7,6 +7,7 @@
 #include "VelmarParser/Grammar/Parser.h"
 #include "VelmarPlatform/Unicode/UTF.h"
 #include "bench/Pair.h"
+#include "cmake/SourceTree.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -154,14 +155,14 @@ bool registerSources() {
   // Real files: the largest of what the grammars' packages bring, or one that the user names.
   const char* const named = std::getenv("VELMAR_LARGE_JS");
   const auto script = named ? std::optional<std::filesystem::path>(named)
-                            : largestFile(VELMAR_SOURCE_DIR "/grammars/node_modules", ".js");
+                            : largestFile(sourcePath("grammars/node_modules"), ".js");
   if (script && std::filesystem::exists(*script))
     registerSource("largest.js", Grammar::BuiltIn::javascript,
                    [path = *script] { return contentsOf(path); });
   else
     bench::leaveOut("parse/load-and-parse/largest.js", "there is no such file");
   const std::filesystem::path parser =
-      VELMAR_SOURCE_DIR "/grammars/node_modules/tree-sitter-rust/src/parser.c";
+      sourcePath("grammars/node_modules/tree-sitter-rust/src/parser.c");
   if (std::filesystem::exists(parser))
     registerSource("parser.c", Grammar::BuiltIn::c, [parser] { return contentsOf(parser); });
   else

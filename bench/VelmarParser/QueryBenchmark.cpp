@@ -5,6 +5,7 @@
 #include "VelmarParser/Grammar/Parser.h"
 #include "VelmarParser/Query/QueryMatches.h"
 #include "bench/Pair.h"
+#include "cmake/SourceTree.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -77,8 +78,7 @@ std::string withoutPredicates(std::string_view text) {
 
 std::string contentsOf(const std::string& path) {
   std::stringstream content;
-  content
-      << std::ifstream(std::filesystem::path(VELMAR_SOURCE_DIR) / path, std::ios::binary).rdbuf();
+  content << std::ifstream(sourcePath(path), std::ios::binary).rdbuf();
   return content.str();
 }
 

@@ -1,6 +1,7 @@
 #include "bench/packs/Documents.h"
 
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "cmake/SourceTree.h"
 #include "host/Languages.h"
 
 #include <algorithm>
@@ -275,8 +276,8 @@ std::u16string html(std::int64_t scripts) {
 
 ParseConfiguration packedLanguage(std::string_view id) {
   // Never destroyed: configurations refer to it.
-  static auto& languages = *new host::Languages({.packs = FilePath(VELMAR_SOURCE_DIR "/packs"),
-                                                 .shipped = FilePath(VELMAR_SOURCE_DIR "/packs"),
+  static auto& languages = *new host::Languages({.packs = FilePath(sourcePath("packs")),
+                                                 .shipped = FilePath(sourcePath("packs")),
                                                  .note = ""});
   const auto configuration = languages.configurationFor(LanguageID{std::string(id)});
   if (!configuration)

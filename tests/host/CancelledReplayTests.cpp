@@ -2,6 +2,7 @@
 // may do on two threads at once.
 
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "cmake/SourceTree.h"
 #include "host/DocumentDigest.h"
 #include "host/Languages.h"
 #include "host/Session.h"
@@ -16,7 +17,7 @@
 namespace velmar::host {
 namespace {
 
-const std::string data = VELMAR_SOURCE_DIR "/tests/host/data/";
+const std::string data = sourcePath("tests/host/data/");
 
 std::uint64_t digestOf(const Parse& document) {
   Digest digest;

@@ -1,4 +1,5 @@
 // The commands on places of a cursor, with the packs of the house.
+#include "cmake/SourceTree.h"
 #include "tests/host/RunHost.h"
 #include "tests/host/TemporaryFolder.h"
 
@@ -16,7 +17,7 @@ HostResult run(std::vector<std::string> words, std::string language, std::string
   words.insert(words.end(), {"--language", std::move(language)});
   return runHost(words, {.standardInput = std::move(text),
                          .isTerminal = isTerminal,
-                         .environment = {{"VELMAR_PACKS", VELMAR_SOURCE_DIR "/packs"}}});
+                         .environment = {{"VELMAR_PACKS", sourcePath("packs")}}});
 }
 
 struct OutputCase {

@@ -1,6 +1,7 @@
 // Explaining places of a small page, with the tests' own packs. The whole report is written anew,
 // to be read as a difference, by
 //     VELMAR_REWRITE_GOLDEN=1 build/dev/tests/hostTests --gtest_filter='*Explain*'
+#include "cmake/SourceTree.h"
 #include "tests/host/RunHost.h"
 #include "tests/host/TemporaryFolder.h"
 
@@ -18,7 +19,7 @@ using velmar::testing::contentsOf;
 using velmar::testing::HostResult;
 using velmar::testing::runHost;
 
-const std::string data = VELMAR_SOURCE_DIR "/tests/host/data/";
+const std::string data = sourcePath("tests/host/data/");
 
 HostResult explain(const std::string& place, const std::string& text,
                    const std::string& language = "html") {

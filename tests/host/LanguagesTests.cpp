@@ -1,5 +1,6 @@
 #include "host/Languages.h"
 
+#include "cmake/SourceTree.h"
 #include "host/ShippedQueries.h"
 #include "tests/host/TemporaryFolder.h"
 
@@ -29,7 +30,7 @@ protected:
   TemporaryFolder packs;
   std::vector<std::string> murmurs;
   Languages languages{{.packs = FilePath(packs.path),
-                       .shipped = FilePath(VELMAR_SOURCE_DIR "/grammars/node_modules"),
+                       .shipped = FilePath(sourcePath("grammars/node_modules")),
                        .note = ""},
                       [this](std::string_view sentence) { murmurs.emplace_back(sentence); }};
 };

@@ -1,4 +1,5 @@
 // The outline and the folds of small texts. The packs here are the tests' own.
+#include "cmake/SourceTree.h"
 #include "tests/host/JSONCheck.h"
 #include "tests/host/RunHost.h"
 
@@ -15,9 +16,8 @@ using velmar::testing::runHost;
 
 HostResult run(std::vector<std::string> words, std::string text) {
   words.insert(words.begin() + 1, {"-", "--language", "javascript"});
-  return runHost(words,
-                 {.standardInput = std::move(text),
-                  .environment = {{"VELMAR_PACKS", VELMAR_SOURCE_DIR "/tests/host/data/packs"}}});
+  return runHost(words, {.standardInput = std::move(text),
+                         .environment = {{"VELMAR_PACKS", sourcePath("tests/host/data/packs")}}});
 }
 
 // Two symbols of one range, one that holds others, separators, and text that could act on a

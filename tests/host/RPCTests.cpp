@@ -3,6 +3,7 @@
 #include "VelmarCore/Network/StreamRecord.h"
 #include "VelmarPlatform/Concurrency/MainExecutor.h"
 #include "VelmarPlatform/Concurrency/Socket.h"
+#include "cmake/SourceTree.h"
 #include "host/PeerFaults.h"
 #include "host/RPCConversation.h"
 
@@ -38,7 +39,7 @@ void PrintTo(const Seen& seen, std::ostream* stream) {
 /// The table of faults in the documentation, by name.
 std::map<std::string, Seen> documentedFaults() {
   std::map<std::string, Seen> faults;
-  std::istringstream text(contentsOf(VELMAR_SOURCE_DIR "/docs/Faults.md"));
+  std::istringstream text(contentsOf(sourcePath("docs/Faults.md")));
   for (std::string line; std::getline(text, line);) {
     if (!line.starts_with("| `"))
       continue;
@@ -187,7 +188,7 @@ std::string sentIn(const std::string& record) {
 //     velmar rpc --record clangd.record --stdio -- clangd < clangd.lines.txt > clangd.out.txt
 TEST(RPC, ARecordedServerIsUnderstoodAsItWas) {
   const TemporaryFolder folder;
-  const std::string data = VELMAR_SOURCE_DIR "/tests/host/data/clangd.";
+  const std::string data = sourcePath("tests/host/data/clangd.");
   const std::string record = folder.path + "/record";
   const auto result =
       runHost({"rpc", "--stdio", "--record", record, "--", VELMAR_PROGRAM, "play", data + "record"},

@@ -1,4 +1,5 @@
 #include "VelmarPlatform/Files/FileContents.h"
+#include "cmake/SourceTree.h"
 #include "tests/host/RunHost.h"
 
 #include <gmock/gmock.h>
@@ -24,7 +25,7 @@ std::string withoutTimes(const std::string& text) {
 }
 
 TEST(Readme, ShowsWhatTheProgramPrints) {
-  const Bytes bytes = readFile(FilePath(VELMAR_SOURCE_DIR "/README.md"));
+  const Bytes bytes = readFile(FilePath(sourcePath("README.md")));
   const std::string page = withoutTimes(std::string(charactersOf(bytes)));
   EXPECT_THAT(page, ::testing::HasSubstr(withoutTimes(asBlock(testing::runHost({}).output))));
   const auto tree =

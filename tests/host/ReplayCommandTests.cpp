@@ -1,6 +1,7 @@
 // The recorded session's digests are written anew, for a change that means to change them, by
 //     VELMAR_PACKS=tests/host/data/packs build/dev/host/velmar replay --record
 //     tests/host/data/page.session
+#include "cmake/SourceTree.h"
 #include "tests/host/RunHost.h"
 #include "tests/host/TemporaryFolder.h"
 
@@ -17,7 +18,7 @@ using velmar::testing::contentsOf;
 using velmar::testing::runHost;
 using velmar::testing::TemporaryFolder;
 
-const std::string data = VELMAR_SOURCE_DIR "/tests/host/data/";
+const std::string data = sourcePath("tests/host/data/");
 
 constexpr std::string_view shortSession = "velmar session 1\nlanguage json\ntext \"[1]\"\n"
                                           "edit 1 1 \"22\"\nedit 0 0 \" \"\n";

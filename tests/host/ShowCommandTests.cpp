@@ -2,6 +2,7 @@
 // pattern elsewhere changes nothing. This writes the expected texts anew, to be read as a
 // difference:
 //     VELMAR_REWRITE_GOLDEN=1 build/dev/tests/hostTests --gtest_filter='*Golden*'
+#include "cmake/SourceTree.h"
 #include "tests/host/JSONCheck.h"
 #include "tests/host/RunHost.h"
 #include "tests/host/TemporaryFolder.h"
@@ -24,7 +25,7 @@ using velmar::testing::JSONCheck;
 using velmar::testing::runHost;
 using velmar::testing::TemporaryFolder;
 
-const std::string data = VELMAR_SOURCE_DIR "/tests/host/data/";
+const std::string data = sourcePath("tests/host/data/");
 const HostInput withOwnPacks{.environment = {{"VELMAR_PACKS", data + "packs"}}};
 
 HostInput reading(std::string text, std::string packs = data + "packs") {

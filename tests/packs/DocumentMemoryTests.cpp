@@ -3,6 +3,7 @@
 #include "VelmarParser/Document/Parse.h"
 #include "VelmarPlatform/Files/FileContents.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "cmake/SourceTree.h"
 #include "tests/packs/PackLanguages.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +31,7 @@ std::size_t allocatedBytes() {
 std::u16string typicalSource() {
   std::vector<std::string> paths;
   for (const auto& entry :
-       std::filesystem::recursive_directory_iterator(VELMAR_SOURCE_DIR "/VelmarCore/Text"))
+       std::filesystem::recursive_directory_iterator(sourcePath("VelmarCore/Text")))
     paths.push_back(entry.path().string());
   std::ranges::sort(paths);
   std::u16string text;

@@ -4,6 +4,7 @@
 //     VELMAR_REWRITE_GOLDEN=1 build/dev/tests/packsTests --gtest_filter='*Golden*'
 #include "VelmarParser/Highlight/Highlight.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "cmake/SourceTree.h"
 #include "tests/packs/PackFiles.h"
 #include "tests/packs/PackLanguages.h"
 
@@ -33,7 +34,7 @@ void PrintTo(const Sample& sample, std::ostream* stream) {
 
 std::vector<Sample> samples() {
   std::vector<Sample> found;
-  const auto folder = std::filesystem::path(VELMAR_SOURCE_DIR) / "tests/packs";
+  const auto folder = std::filesystem::path(sourcePath("tests/packs"));
   for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
     const auto& path = entry.path();
     if (path.extension() == ".txt" && path.stem().extension() != ".spans")

@@ -1,5 +1,6 @@
 #include "tests/packs/PackFiles.h"
 
+#include "cmake/SourceTree.h"
 #include "host/LanguageTable.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@ void PrintTo(const PackFile& file, std::ostream* stream) {
 }
 
 FilePath packFolder() {
-  return FilePath(VELMAR_SOURCE_DIR).appending("packs");
+  return FilePath(sourcePath("packs"));
 }
 
 host::PackText textOf(const PackFile& file) {

@@ -4,6 +4,7 @@
 //     VELMAR_REWRITE_GOLDEN=1 build/dev/tests/packsTests --gtest_filter='*Golden*'
 #include "VelmarParser/Query/Query.h"
 #include "VelmarPlatform/Basics/Overloaded.h"
+#include "cmake/SourceTree.h"
 #include "host/LanguageTable.h"
 #include "host/OutlineText.h"
 #include "tests/packs/PackFiles.h"
@@ -25,8 +26,7 @@ using std::filesystem::path;
 
 std::vector<path> sources() {
   std::vector<path> found;
-  for (const auto& entry :
-       std::filesystem::directory_iterator(VELMAR_SOURCE_DIR "/tests/packs/structure"))
+  for (const auto& entry : std::filesystem::directory_iterator(sourcePath("tests/packs/structure")))
     if (entry.path().extension() != ".expected")
       found.push_back(entry.path());
   std::ranges::sort(found);

@@ -1,4 +1,5 @@
 #include "VelmarCore/Text/UTF16LineArray.h"
+#include "cmake/SourceTree.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +21,7 @@ namespace {
 std::string typicalSource() {
   std::string text;
   for (const auto& entry :
-       std::filesystem::recursive_directory_iterator(VELMAR_SOURCE_DIR "/VelmarCore")) {
+       std::filesystem::recursive_directory_iterator(sourcePath("VelmarCore"))) {
     if (!entry.is_regular_file())
       continue;
     std::stringstream content;

@@ -2,6 +2,7 @@
 
 #include "VelmarParser/Grammar/ParseInput.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "cmake/SourceTree.h"
 #include "tests/Support/Languages.h"
 #include "tests/Support/Trees.h"
 
@@ -21,7 +22,7 @@ using testing::treeDifference;
 using testing::treeText;
 
 std::u16string readSource(const std::string& path) {
-  std::ifstream file(std::string(VELMAR_SOURCE_DIR) + "/" + path, std::ios::binary);
+  std::ifstream file(sourcePath(path), std::ios::binary);
   std::ostringstream text;
   text << file.rdbuf();
   EXPECT_FALSE(text.str().empty()) << path;

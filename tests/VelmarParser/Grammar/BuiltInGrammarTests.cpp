@@ -1,6 +1,7 @@
 #include "VelmarParser/Grammar/Grammar.h"
 #include "VelmarPlatform/Files/FileContents.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "cmake/SourceTree.h"
 #include "tests/Support/Trees.h"
 #include "tests/VelmarParser/Grammar/ParsedSource.h"
 
@@ -13,7 +14,7 @@ namespace {
 
 using testing::ParsedSource;
 
-const std::string sampleFolder = VELMAR_SOURCE_DIR "/tests/VelmarParser/Fixtures";
+const std::string sampleFolder = sourcePath("tests/VelmarParser/Fixtures");
 
 std::vector<Grammar::BuiltIn> availableGrammars() {
   std::vector<Grammar::BuiltIn> list;

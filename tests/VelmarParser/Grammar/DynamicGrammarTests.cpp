@@ -1,6 +1,7 @@
 #include "VelmarParser/Grammar/Grammar.h"
 #include "VelmarParser/Grammar/Parser.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "cmake/SourceTree.h"
 #include "tests/VelmarParser/Grammar/ParsedSource.h"
 
 #include <gmock/gmock.h>
@@ -89,8 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
     Cases, DynamicGrammarLoad,
     ::testing::Values(BadLibrary{"NoFile", "/nowhere/garden.so", "No such file or directory"},
                       BadLibrary{"NoText", "/nowhere/\xFF.so", "No such file or directory"},
-                      BadLibrary{"NoLibrary", VELMAR_SOURCE_DIR "/README.md",
-                                 "invalid ELF header"}),
+                      BadLibrary{"NoLibrary", sourcePath("README.md"), "invalid ELF header"}),
     [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace
