@@ -1,6 +1,7 @@
 #include "VelmarPlatform/Concurrency/Descriptor.h"
 
 #include "VelmarPlatform/Basics/Error.h"
+#include "VelmarPlatform/Concurrency/Turn.h"
 
 #include <algorithm>
 #include <array>
@@ -254,6 +255,7 @@ Task<std::int64_t> AsyncDescriptor::perform(detail::Direction direction, std::st
 
 Task<std::size_t> AsyncDescriptor::readIntoImpl(std::shared_ptr<AsyncDescriptor> self,
                                                 std::span<std::byte> buffer) {
+  co_await detail::SharedTurn();
   const Use use(*self->state_);
   checkCancellation();
   for (;;) {
@@ -292,6 +294,7 @@ Task<std::optional<Bytes>> AsyncDescriptor::readImpl(std::shared_ptr<AsyncDescri
 Task<std::int64_t> AsyncDescriptor::performImpl(std::shared_ptr<AsyncDescriptor> self,
                                                 detail::Direction direction, std::string failure,
                                                 std::function<std::int64_t(int)> attempt) {
+  co_await detail::SharedTurn();
   const Use use(*self->state_);
   checkCancellation();
   for (;;) {
@@ -310,6 +313,8 @@ Task<void> AsyncDescriptor::writeFromImpl(std::shared_ptr<AsyncDescriptor> self,
   const Use use(*self->state_);
   checkCancellation();
   while (!bytes.empty()) {
+    co_await detail::SharedTurn();
+    checkCancellation();
     const ssize_t count = writeQuietly(self->descriptor_, self->isSocket_, bytes);
     if (count >= 0)
       bytes = bytes.subspan(static_cast<std::size_t>(count));

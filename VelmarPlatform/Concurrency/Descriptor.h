@@ -29,7 +29,8 @@ namespace velmar {
 
 /// Owns a descriptor and closes it with its last reference. Any thread; a read and a write may wait
 /// side by side, and several of a kind take what comes in no particular order. Operations run on
-/// their caller's executor and keep the object alive.
+/// their caller's executor and keep the object alive. Where the other side is always ready they let
+/// others have the turn every few hundred times.
 class AsyncDescriptor : public std::enable_shared_from_this<AsyncDescriptor> {
   struct Private {};
 

@@ -65,6 +65,12 @@ void resumeCoroutine(Job& job) noexcept {
   thread.coroutine = nullptr;
 }
 
+Coroutine* SharedTurn::enqueue(void* coroutine) noexcept {
+  auto& suspended = *static_cast<Coroutine*>(coroutine);
+  suspended.executor->enqueue(suspended);
+  return nullptr;
+}
+
 void runTurn(ThreadState& thread, Executor* executor, Job* job) noexcept {
   thread.executor = executor;
   thread.budget = turnBudget;

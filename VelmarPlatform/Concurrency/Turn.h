@@ -10,6 +10,7 @@
 #pragma once
 
 #include <atomic>
+#include <concepts>
 #include <coroutine>
 #include <memory>
 #include <stop_token>
@@ -66,7 +67,7 @@ struct ThreadState {
   Coroutine* coroutine = nullptr; ///< Which coroutine it runs; also while its `after` runs.
   After after = nullptr;          ///< The note of the coroutine that suspended last.
   void* afterArgument = nullptr;
-  int budget = 0; ///< How many more jobs and hops before others get a chance.
+  int budget = 0; ///< How many more jobs, hops and shared turns before others get a chance.
 };
 
 /// The calling thread's state. Never inlined: a coroutine may be resumed on another thread, and a
@@ -86,6 +87,23 @@ inline void afterSuspension(ThreadState::After run, void* argument) noexcept {
 inline void continueWith(Coroutine& next) noexcept {
   afterSuspension([](void* argument) noexcept { return static_cast<Coroutine*>(argument); }, &next);
 }
+
+/// Awaited before work that could have had to wait and doesn't, such as a read of bytes that are
+/// there already. Every so often it queues the coroutine behind all that its executor has to do, so
+/// that a peer which is always ready doesn't keep the turn from others. Look at the cancellation
+/// behind it.
+class SharedTurn {
+public:
+  [[nodiscard]] bool await_ready() const noexcept { return --threadState().budget > 0; }
+  template <std::derived_from<Coroutine> Promise>
+  void await_suspend(std::coroutine_handle<Promise> self) const noexcept {
+    afterSuspension(enqueue, static_cast<Coroutine*>(&self.promise()));
+  }
+  void await_resume() const noexcept {}
+
+private:
+  static Coroutine* enqueue(void* coroutine) noexcept;
+};
 
 /// Runs a turn of `executor`, which the caller has taken: `job` first, then all that is queued,
 /// until the turn is given back. A turn may move on to other executors on the way.

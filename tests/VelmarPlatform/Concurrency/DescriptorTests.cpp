@@ -224,6 +224,41 @@ TEST(AsyncDescriptor, ReadsAFileThoughItCantBeWaitedFor) {
   });
 }
 
+/// What can be done to a descriptor that never has to wait.
+struct Ready {
+  const char* name;
+  Task<void> (*once)(DescriptorPtr);
+};
+class AlwaysReady : public testing::TestWithParam<Ready> {};
+
+TEST_P(AlwaysReady, LetsOthersHaveTheTurn) {
+  run([]() -> Task<void> {
+    const DescriptorPtr zeros = AsyncDescriptor::adopt(::open("/dev/zero", O_RDWR));
+    bool othersRan = false;
+    const auto other = spawn(mainExecutor(), [&] { othersRan = true; });
+    int count = 0;
+    while (!othersRan && count < 10'000) {
+      co_await GetParam().once(zeros);
+      ++count;
+    }
+    EXPECT_TRUE(othersRan);
+    EXPECT_GT(count, 100) << "A turn is worth something.";
+    co_await other.value();
+  });
+}
+INSTANTIATE_TEST_SUITE_P(
+    Cases, AlwaysReady,
+    testing::Values(
+        Ready{"Read", [](DescriptorPtr zeros) -> Task<void> { co_await zeros->read(4); }},
+        Ready{"Write",
+              [](DescriptorPtr zeros) -> Task<void> { co_await zeros->write(bytes("zero")); }},
+        Ready{"Perform",
+              [](DescriptorPtr zeros) -> Task<void> {
+                co_await zeros->perform(detail::Direction::reading, "",
+                                        [](int) { return std::int64_t{0}; });
+              }}),
+    [](const auto& row) { return std::string(row.param.name); });
+
 TEST(AsyncDescriptor, RefusesWhatIsNoDescriptor) {
   try {
     static_cast<void>(AsyncDescriptor::adopt(-1));
