@@ -57,74 +57,6 @@ Values valuesWhere(Keep keep) {
   return values;
 }
 
-// ---- Single changes --------------------------------------------------------------------------
-
-struct InsertCase {
-  const char* name;
-  Set before;
-  TextRange inserted;
-  Set after;
-  bool changes;
-};
-class RangeSetInsert : public testing::TestWithParam<InsertCase> {};
-TEST_P(RangeSetInsert, MergesWhatMeets) {
-  Set set = GetParam().before;
-  EXPECT_EQ(set.insertContentsOf(GetParam().inserted), GetParam().changes);
-  EXPECT_EQ(set, GetParam().after);
-  set.checkInvariants();
-}
-INSTANTIATE_TEST_SUITE_P(
-    Cases, RangeSetInsert,
-    testing::Values(
-        InsertCase{"IntoNothing", {}, {3, 5}, {{3, 5}}, true},
-        InsertCase{"EmptyIntoNothing", {}, {3, 3}, {}, false},
-        InsertCase{"EmptyInside", {{0, 9}}, {3, 3}, {{0, 9}}, false},
-        InsertCase{"EmptyBetween", {{0, 2}, {5, 9}}, {3, 3}, {{0, 2}, {5, 9}}, false},
-        InsertCase{"TouchingBehind", {{0, 5}}, {5, 9}, {{0, 9}}, true},
-        InsertCase{"TouchingInFront", {{5, 9}}, {0, 5}, {{0, 9}}, true},
-        InsertCase{"Inside", {{0, 9}}, {6, 7}, {{0, 9}}, false},
-        InsertCase{"TheSame", {{0, 9}}, {0, 9}, {{0, 9}}, false},
-        InsertCase{"Around", {{3, 5}}, {0, 9}, {{0, 9}}, true},
-        InsertCase{"AtTheEnd", {{0, 5}}, {6, 9}, {{0, 5}, {6, 9}}, true},
-        InsertCase{"AtTheFront", {{6, 9}}, {0, 5}, {{0, 5}, {6, 9}}, true},
-        InsertCase{"FillingAGap", {{0, 3}, {5, 9}}, {3, 5}, {{0, 9}}, true},
-        InsertCase{"WithinAGap", {{0, 2}, {8, 9}}, {4, 6}, {{0, 2}, {4, 6}, {8, 9}}, true},
-        InsertCase{"OverSeveral",
-                   {{0, 1}, {2, 3}, {4, 5}, {8, 9}},
-                   {2, 7},
-                   {{0, 1}, {2, 7}, {8, 9}},
-                   true},
-        InsertCase{"TouchingSeveral", {{0, 2}, {4, 5}, {7, 9}}, {2, 7}, {{0, 9}}, true}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-struct RemoveCase {
-  const char* name;
-  Set before;
-  TextRange removed;
-  Set after;
-};
-class RangeSetRemove : public testing::TestWithParam<RemoveCase> {};
-TEST_P(RangeSetRemove, LeavesTheRest) {
-  Set set = GetParam().before;
-  set.removeContentsOf(GetParam().removed);
-  EXPECT_EQ(set, GetParam().after);
-  set.checkInvariants();
-}
-INSTANTIATE_TEST_SUITE_P(
-    Cases, RangeSetRemove,
-    testing::Values(
-        RemoveCase{"FromNothing", {}, {0, 9}, {}}, RemoveCase{"Empty", {{0, 9}}, {4, 4}, {{0, 9}}},
-        RemoveCase{"InTheMiddle", {{0, 9}}, {3, 4}, {{0, 3}, {4, 9}}},
-        RemoveCase{"BeyondTheEnd", {{0, 9}}, {9, 12}, {{0, 9}}},
-        RemoveCase{"BeforeTheStart", {{5, 9}}, {0, 5}, {{5, 9}}},
-        RemoveCase{"All", {{0, 9}}, {0, 9}, {}}, RemoveCase{"More", {{2, 9}}, {0, 12}, {}},
-        RemoveCase{"TheStart", {{0, 9}}, {0, 4}, {{4, 9}}},
-        RemoveCase{"TheEnd", {{0, 9}}, {4, 9}, {{0, 4}}},
-        RemoveCase{"AGap", {{0, 3}, {5, 9}}, {3, 5}, {{0, 3}, {5, 9}}},
-        RemoveCase{"OverSeveral", {{0, 3}, {4, 5}, {6, 9}}, {2, 7}, {{0, 2}, {7, 9}}},
-        RemoveCase{"ExactlyOneOfThree", {{0, 3}, {4, 5}, {6, 9}}, {4, 5}, {{0, 3}, {6, 9}}}),
-    [](const auto& row) { return std::string(row.param.name); });
-
 // ---- Construction and questions ----------------------------------------------------------------
 
 TEST(RangeSet, EmptyRangesAreDroppedOnConstruction) {
@@ -179,15 +111,6 @@ TEST(RangeSet, SubsetsLieInsideSingleRanges) {
   EXPECT_TRUE(set.isSupersetOf(set));
   EXPECT_FALSE(set.isStrictSupersetOf(set));
   EXPECT_TRUE(set.isStrictSupersetOf(Set{{14, 15}}));
-}
-
-TEST(RangeSet, TouchingSetsUniteToOneRangeAndHaveNothingInCommon) {
-  const Set front{{0, 5}};
-  const Set back{{5, 9}};
-  EXPECT_EQ(front.unionWith(back), (Set{{0, 9}}));
-  EXPECT_TRUE(front.intersection(back).isEmpty());
-  EXPECT_TRUE(front.isDisjoint(back));
-  EXPECT_EQ(front.symmetricDifference(back), (Set{{0, 9}}));
 }
 
 TEST(RangeSet, OneRangeBetweenThoseOfTheOtherLeavesNothing) {
