@@ -22,6 +22,7 @@ std::ostream& operator<<(std::ostream& stream, const LiteralPattern::Hit& hit) {
 
 namespace {
 
+using namespace std::string_literals;
 using Hit = LiteralPattern::Hit;
 using Options = RegularExpressionOptions;
 
@@ -67,30 +68,10 @@ const std::vector<std::u16string> patternPieces = {
     u"\\.", u"\\$",    u"\\-",  u"\\\\",   u"\n",  u"\r\n", u"]",   u"-",  u"#",
     u" ",   u"\u2028", u".",    u"*",      u"\\b", u"\\n",  u"(?=", u"[a]"};
 
-const std::vector<std::u16string> textPieces = {u"a",
-                                                u"a",
-                                                u"b",
-                                                u"ab",
-                                                u"é",
-                                                u"😀",
-                                                u".",
-                                                u"$",
-                                                u"-",
-                                                u"\\",
-                                                u"\n",
-                                                u"\r",
-                                                u"\r\n",
-                                                u"\u0085",
-                                                u"\u2028",
-                                                u"\u2029",
-                                                u"\v",
-                                                u"\f",
-                                                u"]",
-                                                u"#",
-                                                u" ",
-                                                std::u16string(1, 0xD83D),
-                                                std::u16string(1, 0xDE00),
-                                                std::u16string(1, 0)};
+const std::vector<std::u16string> textPieces = {
+    u"a",  u"a",  u"b",  u"ab", u"é",    u"😀",     u".",      u"$",
+    u"-",  u"\\", u"\n", u"\r", u"\r\n", u"\u0085", u"\u2028", u"\u2029",
+    u"\v", u"\f", u"]",  u"#",  u" ",    u"\xD83D", u"\xDE00", u"\0"s};
 
 std::u16string join(const std::vector<std::u16string>& pieces, std::mt19937& random,
                     std::size_t most) {

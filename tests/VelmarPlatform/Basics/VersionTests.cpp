@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <iterator>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -64,28 +66,11 @@ TEST(Version, KeepsItsPartsApart) {
 
 // Each comes before all that follow it.
 TEST(Version, OrdersByPrecedence) {
-  const std::vector<const char*> ascending = {"0.9.9",
-                                              "1.0.0-1",
-                                              "1.0.0-2",
-                                              "1.0.0-10",
-                                              "1.0.0-99999999999999999999",
-                                              "1.0.0-100000000000000000000",
-                                              "1.0.0--",
-                                              "1.0.0-Beta",
-                                              "1.0.0-alpha",
-                                              "1.0.0-alpha.1",
-                                              "1.0.0-alpha.1.x",
-                                              "1.0.0-alpha.beta",
-                                              "1.0.0-beta",
-                                              "1.0.0-beta.2",
-                                              "1.0.0-beta.11",
-                                              "1.0.0-rc.1",
-                                              "1.0.0",
-                                              "1.0.1-a",
-                                              "1.0.1",
-                                              "1.9",
-                                              "1.10",
-                                              "2"};
+  std::istringstream texts(
+      "0.9.9 1.0.0-1 1.0.0-2 1.0.0-10 1.0.0-99999999999999999999 1.0.0-100000000000000000000 "
+      "1.0.0-- 1.0.0-Beta 1.0.0-alpha 1.0.0-alpha.1 1.0.0-alpha.1.x 1.0.0-alpha.beta 1.0.0-beta "
+      "1.0.0-beta.2 1.0.0-beta.11 1.0.0-rc.1 1.0.0 1.0.1-a 1.0.1 1.9 1.10 2");
+  const std::vector<std::string> ascending(std::istream_iterator<std::string>(texts), {});
   for (std::size_t left = 0; left < ascending.size(); ++left)
     for (std::size_t right = 0; right < ascending.size(); ++right)
       EXPECT_EQ(*Version::parse(ascending[left]) <=> *Version::parse(ascending[right]),
