@@ -16,6 +16,7 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using velmar::testing::runHost;
+using velmar::testing::wordsOf;
 
 TEST(CommandLine, WithoutACommandItShowsWhatItCanDoAndASamplePage) {
   const auto result = runHost({});
@@ -71,13 +72,13 @@ TEST(CommandLine, ADoubleDashMakesAllThatFollowsOperands) {
 
 struct UsageCase {
   const char* name;
-  std::vector<std::string> words;
+  const char* words; ///< A blank between them.
   std::string error;
 };
 class CommandLineUsage : public ::testing::TestWithParam<UsageCase> {};
 
 TEST_P(CommandLineUsage, GetsASentenceAndExitCodeTwo) {
-  const auto result = runHost(GetParam().words);
+  const auto result = runHost(wordsOf(GetParam().words));
   EXPECT_EQ(result.exitCode, 2);
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(result.errors, "velmar: " + GetParam().error + "\nSee “velmar help”.\n");
@@ -85,37 +86,28 @@ TEST_P(CommandLineUsage, GetsASentenceAndExitCodeTwo) {
 INSTANTIATE_TEST_SUITE_P(
     Cases, CommandLineUsage,
     ::testing::Values(
-        UsageCase{"NearCommand", {"tre"}, "There is no command “tre”; did you mean “tree”?"},
-        UsageCase{"SwappedLetters",
-                  {"langauges"},
+        UsageCase{"NearCommand", "tre", "There is no command “tre”; did you mean “tree”?"},
+        UsageCase{"SwappedLetters", "langauges",
                   "There is no command “langauges”; did you mean “languages”?"},
-        UsageCase{"FarCommand", {"sonnet"}, "There is no command “sonnet”."},
-        UsageCase{"EmptyCommand", {""}, "There is no command “”."},
-        UsageCase{"HelpOnNothing",
-                  {"help", "treee"},
+        UsageCase{"FarCommand", "sonnet", "There is no command “sonnet”."},
+        UsageCase{"EmptyCommand", "", "There is no command “”."},
+        UsageCase{"HelpOnNothing", "help treee",
                   "There is no command “treee”; did you mean “tree”?"},
-        UsageCase{
-            "HelpOnTwo", {"help", "tree", "languages"}, "Help is given on one command at a time."},
-        UsageCase{"NearGlobalOption",
-                  {"--verison"},
+        UsageCase{"HelpOnTwo", "help tree languages", "Help is given on one command at a time."},
+        UsageCase{"NearGlobalOption", "--verison",
                   "Unknown option “--verison”; did you mean “--version”?"},
-        UsageCase{
-            "NearOption", {"tree", "--jsn", "x"}, "Unknown option “--jsn”; did you mean “--json”?"},
-        UsageCase{"ShortenedOption",
-                  {"tree", "--lang=c", "x"},
+        UsageCase{"NearOption", "tree --jsn x", "Unknown option “--jsn”; did you mean “--json”?"},
+        UsageCase{"ShortenedOption", "tree --lang=c x",
                   "Unknown option “--lang”; did you mean “--language”?"},
-        UsageCase{"FarOption", {"tree", "-q", "x"}, "Unknown option “-q”."},
-        UsageCase{"NoValue", {"tree", "x", "--language"}, "The option “--language” needs a value."},
-        UsageCase{
-            "SuperfluousValue", {"tree", "--json=yes"}, "The option “--json” takes no value."},
-        UsageCase{"NoFile", {"tree"}, "“velmar tree” needs a file, or “-” for standard input."},
-        UsageCase{"TwoFiles", {"tree", "a", "b"}, "“velmar tree” takes one file at a time."},
-        UsageCase{"UnknownLanguage",
-                  {"tree", "-", "--language", "pyhton"},
+        UsageCase{"FarOption", "tree -q x", "Unknown option “-q”."},
+        UsageCase{"NoValue", "tree x --language", "The option “--language” needs a value."},
+        UsageCase{"SuperfluousValue", "tree --json=yes", "The option “--json” takes no value."},
+        UsageCase{"NoFile", "tree", "“velmar tree” needs a file, or “-” for standard input."},
+        UsageCase{"TwoFiles", "tree a b", "“velmar tree” takes one file at a time."},
+        UsageCase{"UnknownLanguage", "tree - --language pyhton",
                   "There is no language “pyhton”; did you mean “python”?"},
-        UsageCase{"BadUTF8", {"\xFF"}, "There is no command “\uFFFD”."},
-        UsageCase{
-            "OperandOfLanguages", {"languages", "c"}, "“velmar languages” takes no operands."}),
+        UsageCase{"BadUTF8", "\xFF", "There is no command “\uFFFD”."},
+        UsageCase{"OperandOfLanguages", "languages c", "“velmar languages” takes no operands."}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Arguments, TakeAnOptionsValueBehindItOrBehindAnEqualsSign) {

@@ -11,6 +11,7 @@ namespace {
 using ::testing::HasSubstr;
 using velmar::testing::HostResult;
 using velmar::testing::runHost;
+using velmar::testing::wordsOf;
 
 HostResult run(std::vector<std::string> words, std::string language, std::string text,
                bool isTerminal = false) {
@@ -22,7 +23,7 @@ HostResult run(std::vector<std::string> words, std::string language, std::string
 
 struct OutputCase {
   const char* name;
-  std::vector<std::string> words;
+  const char* words; ///< A blank between them.
   const char* language;
   const char* text;
   const char* output;
@@ -34,7 +35,7 @@ class CursorCommand : public ::testing::TestWithParam<OutputCase> {};
 
 TEST_P(CursorCommand, Prints) {
   const OutputCase& row = GetParam();
-  const HostResult result = run(row.words, row.language, row.text);
+  const HostResult result = run(wordsOf(row.words), row.language, row.text);
   EXPECT_EQ(result.errors, "");
   EXPECT_EQ(result.output, row.output);
 }
@@ -42,44 +43,23 @@ TEST_P(CursorCommand, Prints) {
 INSTANTIATE_TEST_SUITE_P(
     Cases, CursorCommand,
     ::testing::Values(
-        OutputCase{
-            "Tags", {"tags", "-:1:5"}, "html", "<b><i>x</i></b>", "1:4-1:7  <i>\n1:8-1:12  </i>\n"},
-        OutputCase{
-            "NoTags", {"tags", "-:1:1"}, "html", "x<br>", "No two tags belong to this place.\n"},
-        OutputCase{"TagsOfJSX",
-                   {"tags", "-:1:2"},
-                   "javascript",
-                   "(<A.b>x</A.b>)",
+        OutputCase{"Tags", "tags -:1:5", "html", "<b><i>x</i></b>",
+                   "1:4-1:7  <i>\n1:8-1:12  </i>\n"},
+        OutputCase{"NoTags", "tags -:1:1", "html", "x<br>", "No two tags belong to this place.\n"},
+        OutputCase{"TagsOfJSX", "tags -:1:2", "javascript", "(<A.b>x</A.b>)",
                    "1:2-1:7  <A.b>\n1:8-1:14  </A.b>\n"},
-        OutputCase{"Brackets",
-                   {"brackets", "-"},
-                   "javascript",
-                   "f((a[0])); // )\n",
+        OutputCase{"Brackets", "brackets -", "javascript", "f((a[0])); // )\n",
                    "f((a[0])); // )\n 01 0 010\n"},
-        OutputCase{"Words",
-                   {"words", "-"},
-                   "javascript",
-                   "ab(ab, c, $d1); // ab\n",
+        OutputCase{"Words", "words -", "javascript", "ab(ab, c, $d1); // ab\n",
                    "1 $d1  1:11-1:14\n2 ab  1:1-1:3, 1:4-1:6\n"},
-        OutputCase{"Colors",
-                   {"colors", "-"},
-                   "css",
+        OutputCase{"Colors", "colors -", "css",
                    "a { color: #fff; background: rgb(1, 2, 3) url(x); border: solid red }",
                    "1:12-1:16  #fff\n1:30-1:42  rgb(1, 2, 3)\n1:65-1:68  red\n"},
-        OutputCase{"ProseOfCode",
-                   {"prose", "-"},
-                   "c",
-                   "int a; /* Two\nlines. */\n",
+        OutputCase{"ProseOfCode", "prose -", "c", "int a; /* Two\nlines. */\n",
                    "1:8-2:10  /* Two↵lines. */\n"},
-        OutputCase{"ProseOfMarkdown",
-                   {"prose", "-"},
-                   "markdown",
-                   "Use `f(x)` often.\n",
+        OutputCase{"ProseOfMarkdown", "prose -", "markdown", "Use `f(x)` often.\n",
                    "1:1-1:5  Use \n1:11-1:18   often.\n"},
-        OutputCase{"Indent",
-                   {"indent", "-"},
-                   "javascript",
-                   "if (a) {\n  b();\n    c();\n}\n",
+        OutputCase{"Indent", "indent -", "javascript", "if (a) {\n  b();\n    c();\n}\n",
                    "3: 4 → 2      c();\n3 of 4 lines agree (75.0 %), 2 columns to a level.\n"}),
     [](const auto& row) { return std::string(row.param.name); });
 

@@ -50,6 +50,17 @@ private:
   std::string text_;
 };
 
+/// The words of a command line without quotation: one more than there are blanks.
+inline std::vector<std::string> wordsOf(std::string_view line) {
+  std::vector<std::string> words(1);
+  for (const char character : line)
+    if (character == ' ')
+      words.emplace_back();
+    else
+      words.back() += character;
+  return words;
+}
+
 /// The clock moves by 1.5 ms with each look at it, so a parse always takes that long.
 inline HostResult runHost(const std::vector<std::string>& words, const HostInput& input = {}) {
   HeardOutput output(input);

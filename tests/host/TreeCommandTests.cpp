@@ -118,10 +118,10 @@ struct BadInput {
   /// Written to a file of this name, unless that is empty.
   std::string filename;
   std::string content;
-  std::vector<std::string> options;
-  int exitCode;
   /// With "%" for the path in quotation marks.
   std::string errors;
+  int exitCode = 0;
+  std::vector<std::string> options = {};
 };
 class TreeCommandInput : public TreeCommand, public ::testing::WithParamInterface<BadInput> {};
 
@@ -140,49 +140,25 @@ TEST_P(TreeCommandInput, GetsASentenceAndAnExitCode) {
 INSTANTIATE_TEST_SUITE_P(
     Cases, TreeCommandInput,
     ::testing::Values(
-        BadInput{"Empty", "a.json", "", {}, 0, ""},
-        BadInput{"OneBadByte",
-                 "a.json",
-                 "[\"\xFF\"]",
-                 {},
-                 0,
+        BadInput{"Empty", "a.json", "", ""},
+        BadInput{"OneBadByte", "a.json", "[\"\xFF\"]",
                  "velmar: Repaired %: 1 piece that isn’t UTF-8 became U+FFFD.\n"},
-        BadInput{"BadBytes",
-                 "a.json",
-                 "\xC3\x28 \xE2\x82",
-                 {},
-                 0,
+        BadInput{"BadBytes", "a.json", "\xC3\x28 \xE2\x82",
                  "velmar: Repaired %: 2 pieces that aren’t UTF-8 became U+FFFD.\n"},
-        BadInput{"NUL",
-                 "a.json",
-                 std::string("[1,\0\0 2]", 8),
-                 {},
-                 0,
+        BadInput{"NUL", "a.json", std::string("[1,\0\0 2]", 8),
                  "velmar: Found 2 NUL characters in %; is it text?\n"},
-        BadInput{"UnknownExtension",
-                 "a.sonnet",
-                 "x",
-                 {},
-                 1,
-                 "velmar: Could not tell the language of %; name it with --language.\n"},
-        BadInput{"NoExtension",
-                 "sonnet",
-                 "x",
-                 {},
-                 1,
-                 "velmar: Could not tell the language of %; name it with --language.\n"},
-        BadInput{"NoGrammarForTheLanguage",
-                 "a.txt",
-                 "x",
-                 {},
-                 1,
-                 "velmar: There is no grammar for the language “plain-text”.\n"},
+        BadInput{"UnknownExtension", "a.sonnet", "x",
+                 "velmar: Could not tell the language of %; name it with --language.\n", 1},
+        BadInput{"NoExtension", "sonnet", "x",
+                 "velmar: Could not tell the language of %; name it with --language.\n", 1},
+        BadInput{"NoGrammarForTheLanguage", "a.txt", "x",
+                 "velmar: There is no grammar for the language “plain-text”.\n", 1},
         BadInput{"OptionBeforeName",
                  "a.json",
                  "x",
-                 {"--language", "less"},
+                 "velmar: There is no grammar for the language “less”.\n",
                  1,
-                 "velmar: There is no grammar for the language “less”.\n"}),
+                 {"--language", "less"}}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(TreeCommand, AFileThatIsNotThere) {
