@@ -1,6 +1,7 @@
 #include "VelmarParser/Document/Parse.h"
 #include "VelmarParser/Highlight/Highlight.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "tests/Support/Joined.h"
 #include "tests/Support/Languages.h"
 
 #include <gmock/gmock.h>
@@ -49,14 +50,14 @@ struct InjectionCase {
   const char* name;
   const char* query;
   std::u16string text;
-  std::vector<std::string> layers;
+  std::string layers; ///< Joined.
 };
 class Injections : public ::testing::TestWithParam<InjectionCase> {};
 
 TEST_P(Injections, GiveTheLayers) {
   Parse document(javascriptWith(GetParam().query));
   document.replaceSubrange({0, 0}, GetParam().text);
-  EXPECT_EQ(sublayers(document), GetParam().layers);
+  EXPECT_EQ(testing::joined(sublayers(document)), GetParam().layers);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -65,64 +66,50 @@ INSTANTIATE_TEST_SUITE_P(
         InjectionCase{
             "ALanguageByName",
             R"((string (string_fragment) @injection.content (#set! "injection.language" "json")))",
-            u"f('[1]', '{}')",
-            {"json: [1]", "json: {}"}},
+            u"f('[1]', '{}')", "json: [1] | json: {}"},
         InjectionCase{
             "ALanguageNamedInTheText",
             R"((pair key: (property_identifier) @injection.language value: (string (string_fragment) @injection.content)))",
-            u"x = {json: '[1]', other: '[2]'}",
-            {"json: [1] named"}},
+            u"x = {json: '[1]', other: '[2]'}", "json: [1] named"},
         InjectionCase{
             "APropertyWinsOverTheText",
             R"((pair key: (property_identifier) @injection.language value: (string (string_fragment) @injection.content)
                           (#set! "injection.language" "regex")))",
-            u"x = {json: 'a'}",
-            {"regex: a"}},
+            u"x = {json: 'a'}", "regex: a"},
         InjectionCase{
             "BetweenTheDelimiters",
             R"((array "[" @injection.content.start "]" @injection.content.end (#set! "injection.language" "json")))",
-            u"x = [1, 2]",
-            {"json: 1, 2"}},
+            u"x = [1, 2]", "json: 1, 2"},
         InjectionCase{"WithTheDelimiters",
                       R"((array "[" @injection.content.start.before "]" @injection.content.end.after
                           (#set! "injection.language" "json")))",
-                      u"x = [1, 2]",
-                      {"json: [1, 2]"}},
+                      u"x = [1, 2]", "json: [1, 2]"},
         InjectionCase{
             "NodesDecideWhereStartAndEndAreOutOfOrder",
             R"((array "[" @injection.content.end (number) @injection.content "]" @injection.content.start
                           (#set! "injection.language" "json")))",
-            u"x = [1]",
-            {"json: 1"}},
-        InjectionCase{"CombinedIntoOneLayer",
-                      R"((string (string_fragment) @injection.content
+            u"x = [1]", "json: 1"},
+        InjectionCase{"CombinedIntoOneLayer", R"((string (string_fragment) @injection.content
                           (#set! "injection.language" "json") (#set! "injection.combined") (#set! "injection.reset")))",
-                      u"f('[1,', '2]')",
-                      {"json: [1, 2] combined reset"}},
+                      u"f('[1,', '2]')", "json: [1, 2] combined reset"},
         InjectionCase{
             "AFoundTwiceCombinedPlaceIsParsedOnce",
             R"((string (string_fragment) @injection.content (#set! "injection.language" "json") (#set! "injection.combined"))
                          (arguments (string (string_fragment) @injection.content)
                           (#set! "injection.language" "json") (#set! "injection.combined")))",
-            u"f('[1]')",
-            {"json: [1] combined"}},
+            u"f('[1]')", "json: [1] combined"},
         InjectionCase{"OneselfInAPart",
                       R"((string (string_fragment) @injection.content (#set! "injection.self")))",
-                      u"f('g(1)')",
-                      {"javascript: g(1)"}},
-        InjectionCase{"NotOneselfInAll",
-                      R"((program) @injection.content (#set! "injection.self"))",
-                      u"f(1)",
-                      {}},
+                      u"f('g(1)')", "javascript: g(1)"},
+        InjectionCase{"NotOneselfInAll", R"((program) @injection.content (#set! "injection.self"))",
+                      u"f(1)", ""},
         InjectionCase{
             "AnUnknownLanguageIsDropped",
             R"((string (string_fragment) @injection.content (#set! "injection.language" "klingon")))",
-            u"f('x')",
-            {}},
+            u"f('x')", ""},
         InjectionCase{"NothingInAnEmptyPlace",
-                      R"((string) @injection.content (#set! "injection.language" "json"))",
-                      u"",
-                      {}}),
+                      R"((string) @injection.content (#set! "injection.language" "json"))", u"",
+                      ""}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(Injection, AnEditInFrontMovesALayerAndLeavesItsTree) {

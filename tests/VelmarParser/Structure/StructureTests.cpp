@@ -2,6 +2,7 @@
 
 #include "VelmarPlatform/Concurrency/Cancellation.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "tests/Support/Joined.h"
 #include "tests/Support/Languages.h"
 
 #include <gmock/gmock.h>
@@ -104,8 +105,8 @@ struct SymbolsCase {
   const char* name;
   const char* query;
   std::u16string text;
-  std::vector<std::string> symbols;
-  std::vector<std::string> errors = {};
+  std::string symbols; ///< Joined, like what follows.
+  std::string errors = {};
 };
 class OutlineOf : public Outline, public ::testing::WithParamInterface<SymbolsCase> {};
 
@@ -118,8 +119,8 @@ TEST_P(OutlineOf, IsTheExpectedOne) {
                                                                     right: (_) @type) @subtree)
                              (formal_parameters (rest_pattern) @subtree))"}};
   open(GetParam().query, "", GetParam().text);
-  EXPECT_EQ(symbols(), GetParam().symbols);
-  EXPECT_EQ(errors, GetParam().errors);
+  EXPECT_EQ(testing::joined(symbols()), GetParam().symbols);
+  EXPECT_EQ(testing::joined(errors), GetParam().errors);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -127,79 +128,60 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         SymbolsCase{"KindAndName",
                     R"((function_declaration name: (_) @name (#set! "role" "function")) @subtree)",
-                    u"function f() { function g() {} }",
-                    {"function f", "function g"}},
+                    u"function f() { function g() {} }", "function f | function g"},
         SymbolsCase{
             "AFunctionOrMethod",
             R"((function_declaration name: (_) @name (#set! "role" "function-or-method")) @subtree)",
-            u"function f() {}",
-            {"function f or method"}},
+            u"function f() {}", "function f or method"},
         SymbolsCase{"ARoleThatIsMisspelt",
                     R"((function_declaration name: (_) @name (#set! "role" "Function")) @subtree)",
-                    u"function f() {}",
-                    {}},
-        SymbolsCase{
-            "NoRole", R"((function_declaration name: (_) @name) @subtree)", u"function f() {}", {}},
+                    u"function f() {}", ""},
+        SymbolsCase{"NoRole", R"((function_declaration name: (_) @name) @subtree)",
+                    u"function f() {}", ""},
         SymbolsCase{"ARoleWithoutAValue",
                     R"((function_declaration name: (_) @name (#set! "role")) @subtree)",
-                    u"function f() {}",
-                    {}},
-        SymbolsCase{"NoName",
-                    R"((function_declaration (#set! "role" "function")) @subtree)",
-                    u"function f() {}",
-                    {}},
+                    u"function f() {}", ""},
+        SymbolsCase{"NoName", R"((function_declaration (#set! "role" "function")) @subtree)",
+                    u"function f() {}", ""},
         SymbolsCase{"ANameOfSeveralLines",
                     R"(((sequence_expression) @name @subtree (#set! "role" "expression")))",
-                    u"a,\r\n   b;",
-                    {"expression a, b `a,\r\n   b`"}},
+                    u"a,\r\n   b;", "expression a, b `a,\r\n   b`"},
         SymbolsCase{"NamesAreTrimmedAndTransformed",
                     R"(((string) @subtree @name (#set! "role" "constant") (#strip! @name "'")))",
-                    u"x = 'é'",
-                    {"constant é `'é'`"}},
-        SymbolsCase{"ADisplayName",
-                    R"((variable_declarator name: (_) @name value: (_) @displayname
+                    u"x = 'é'", "constant é `'é'`"},
+        SymbolsCase{"ADisplayName", R"((variable_declarator name: (_) @name value: (_) @displayname
                         (#set! "role" "variable")) @subtree)",
-                    u"var a = 12",
-                    {"variable a as 12"}},
+                    u"var a = 12", "variable a as 12"},
         SymbolsCase{"NamesFromQueries",
                     R"(((call_expression) @subtree @name.target @displayname.target
                         (#set! "name.query" "words") (#set! "displayname.query" "words")
                         (#set! "role" "expression")))",
-                    u"f(a, 1, b)",
-                    {"expression f a b `f(a, 1, b` as fab"}},
+                    u"f(a, 1, b)", "expression f a b `f(a, 1, b` as fab"},
         SymbolsCase{"ACapturedNameNeedsNoQuery",
                     R"(((call_expression function: (_) @name) @subtree @name.target
                         (#set! "name.query" "missing") (#set! "role" "expression")))",
-                    u"f(a)",
-                    {"expression f"}},
+                    u"f(a)", "expression f"},
         SymbolsCase{"AnEmptyNameIsNone",
                     R"(((call_expression) @subtree @name.target (#set! "name.query" "nothing")
                         (#set! "role" "expression")))",
-                    u"f(a)",
-                    {}},
-        SymbolsCase{
-            "AQueryThatIsMissing",
-            R"(((call_expression function: (_) @name) @subtree @displayname.target
+                    u"f(a)", ""},
+        SymbolsCase{"AQueryThatIsMissing",
+                    R"(((call_expression function: (_) @name) @subtree @displayname.target
                         (#set! "displayname.query" "words2") (#set! "role" "expression")))",
-            u"f(a)",
-            {"expression f"},
-            {"words2: Could not find a query named “words2” for the language “javascript”."}},
+                    u"f(a)", "expression f",
+                    "words2: Could not find a query named “words2” for the language “javascript”."},
         SymbolsCase{"AQueryThatDoesNotCompile",
                     R"(((call_expression) @subtree @name.target (#set! "name.query" "broken")
                         (#set! "role" "expression")))",
-                    u"f(a)",
-                    {},
-                    {"broken: Syntax error in query: (identifier @result"}},
+                    u"f(a)", "", "broken: Syntax error in query: (identifier @result"},
         SymbolsCase{"Arguments",
                     R"((function_declaration name: (_) @name parameters: (_) @arguments.target
                         (#set! "arguments.query" "parameters") (#set! "role" "function")) @subtree)",
                     u"function f(a, b = 2, ...c) {}; function g() {}",
-                    {"function f (a) (b: 2)", "function g"}},
-        SymbolsCase{"Autoclose",
-                    R"((function_declaration name: (_) @name (#set! "role" "function")
+                    "function f (a) (b: 2) | function g"},
+        SymbolsCase{"Autoclose", R"((function_declaration name: (_) @name (#set! "role" "function")
                         (#set! "autoclose.expression" "x") (#set! "autoclose.completion")) @subtree)",
-                    u"function f() {}",
-                    {"function f closes x with "}},
+                    u"function f() {}", "function f closes x with "},
         SymbolsCase{
             "GroupsByName",
             R"(((call_expression function: (identifier) @f arguments: (arguments (string) @name)) @start
@@ -207,16 +189,13 @@ INSTANTIATE_TEST_SUITE_P(
                        ((call_expression function: (identifier) @f arguments: (arguments (string) @name)) @end
                         (#eq? @f "end") (#set! "scope.groupByName")))",
             u"begin('a'); begin('b'); end('a'); end('b'); end('a')",
-            {"block 'a' level 3", "block 'b' level 3"}},
+            "block 'a' level 3 | block 'b' level 3"},
         SymbolsCase{"OutlinesOfSublayersInTheirPlace",
                     R"((variable_declarator name: (_) @name (#set! "role" "variable")) @subtree)",
-                    u"var a = `{\"x\": 1}`, b",
-                    {"variable a", "property \"x\"", "variable b"}},
+                    u"var a = `{\"x\": 1}`, b", "variable a | property \"x\" | variable b"},
         SymbolsCase{"ABrokenQueryTakesTheSublayersWithIt",
-                    R"((variable_declarator name: (_) @name @subtree)",
-                    u"var a = `{\"x\": 1}`, b",
-                    {},
-                    {"structure: Syntax error in query: "}}),
+                    R"((variable_declarator name: (_) @name @subtree)", u"var a = `{\"x\": 1}`, b",
+                    "", "structure: Syntax error in query: "}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(Outline, SymbolsKnowTheirLanguageAndPlace) {
