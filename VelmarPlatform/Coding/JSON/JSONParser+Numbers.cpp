@@ -20,6 +20,28 @@ bool isDigit(char letter) {
   return letter >= '0' && letter <= '9';
 }
 
+/// A whole number of one to three digits without a sign, as most are.
+struct ShortInteger {
+  std::uint32_t value = 0;
+  int length = 0; ///< 0 if there is none.
+};
+
+/// Reads three bytes at `at` at most. What is behind the number is for the caller to look at.
+inline ShortInteger shortIntegerAt(const char* at) {
+  const auto digitAt = [at](int index) { return static_cast<std::uint32_t>(at[index] - '0'); };
+  const std::uint32_t first = digitAt(0);
+  const std::uint32_t second = digitAt(1);
+  if (first > 9)
+    return {};
+  if (second > 9)
+    return {first, 1};
+  if (first == 0)
+    return {};
+  const std::uint32_t third = digitAt(2);
+  const std::uint32_t both = first * 10 + second;
+  return third > 9 ? ShortInteger{both, 2} : ShortInteger{both * 10 + third, 3};
+}
+
 /// A number of decimal digits as `mantissa` times ten to `exponent`.
 struct Decimal {
   std::uint64_t mantissa = 0;
@@ -66,13 +88,40 @@ std::int64_t exponentOf(const char* at, const char* end) {
 /// A number, and in an array those behind it as far as nothing but a comma stands in between: long
 /// arrays of numbers are what takes longest.
 void JSONParser::readNumbers() {
-  readNumber();
-  const bool isInArray = innermost_ != open_.data() && !innermost_->isTable;
-  while (isInArray && isCommaBeforeDigit()) {
+  if (innermost_->isTable || innermost_ == open_.data())
+    readNumber();
+  else
+    readNumbersInArray();
+}
+
+void JSONParser::readNumbersInArray() {
+  for (;;) {
+    readShortIntegers();
+    readNumber();
+    if (!isCommaBeforeDigit())
+      return;
     ++innermost_->count;
     ++at_;
-    readNumber();
   }
+}
+
+/// Reads the elements of an array as long as they are short integers with a comma and one more
+/// digit behind them: the last number is left.
+inline void JSONParser::readShortIntegers() {
+  constexpr std::ptrdiff_t mostBytes = 5; // three digits, a comma, a digit
+  const char* at = at_;
+  JSONWord* const first = next_;
+  JSONWord* next = first;
+  while (end_ - at >= mostBytes) {
+    const auto [value, length] = shortIntegerAt(at);
+    if (length == 0 || at[length] != ',' || !isDigit(at[length + 1]))
+      break;
+    *next++ = makeWord(JSONTag::integer, value);
+    at += length + 1;
+  }
+  innermost_->count += static_cast<std::uint32_t>(next - first);
+  next_ = next;
+  at_ = at;
 }
 
 bool JSONParser::isCommaBeforeDigit() const {
@@ -80,6 +129,20 @@ bool JSONParser::isCommaBeforeDigit() const {
 }
 
 inline void JSONParser::readNumber() {
+  constexpr std::ptrdiff_t mostBytes = 4; // three digits and what ends them
+  if (end_ - at_ >= mostBytes) [[likely]] {
+    const auto [value, length] = shortIntegerAt(at_);
+    const char behind = at_[length];
+    if (length != 0 && (behind == ',' || behind == '}' || behind == ']')) [[likely]] {
+      at_ += length;
+      *next_++ = makeWord(JSONTag::integer, value);
+      return;
+    }
+  }
+  readAnyNumber();
+}
+
+void JSONParser::readAnyNumber() {
   constexpr std::ptrdiff_t mostDigits = 18;
   const char* at = at_;
   const bool isNegative = peek(at) == '-';

@@ -53,7 +53,7 @@ std::size_t JSONParser::parse() {
 
 /// Reads a value, or the start of an array or object. True if what follows is a value again: the
 /// first one in what was opened.
-bool JSONParser::readValue() {
+inline bool JSONParser::readValue() {
   skipSpace();
   switch (peek(at_)) {
   case '"':
@@ -79,7 +79,18 @@ bool JSONParser::readValue() {
 }
 
 /// Ends what ends behind a value. True if a value follows.
-bool JSONParser::readBehindValue() {
+inline bool JSONParser::readBehindValue() {
+  if (at_ == end_ || *at_ != ',' || innermost_ == open_.data())
+    return readUpToValue();
+  ++innermost_->count;
+  ++at_;
+  if (innermost_->isTable)
+    readKey();
+  return true;
+}
+
+/// As readBehindValue, for all that may stand there.
+bool JSONParser::readUpToValue() {
   while (innermost_ != open_.data()) {
     ++innermost_->count;
     const bool isTable = innermost_->isTable;
@@ -102,7 +113,7 @@ bool JSONParser::readBehindValue() {
 }
 
 /// Starts an array or object. False if it is empty, and thus ended.
-bool JSONParser::open(JSONTag tag, char end) {
+inline bool JSONParser::open(JSONTag tag, char end) {
   if (innermost_ == &open_.back())
     fail("Arrays and objects may not be nested more than 512 deep", at_);
   ++at_;
@@ -119,20 +130,24 @@ bool JSONParser::open(JSONTag tag, char end) {
   return true;
 }
 
-void JSONParser::close() {
+inline void JSONParser::close() {
   const Open& ended = *innermost_--;
   *ended.word = makeWord(tagOf(*ended.word), std::min<JSONWord>(ended.count, greatestLength),
                          static_cast<JSONWord>(next_ - words_));
 }
 
-void JSONParser::readKey() {
-  skipSpace();
-  if (peek(at_) != '"')
-    fail("Expected a key in double quotes", at_);
+inline void JSONParser::readKey() {
+  if (peek(at_) != '"') [[unlikely]] {
+    skipSpace();
+    if (peek(at_) != '"')
+      fail("Expected a key in double quotes", at_);
+  }
   readText();
-  skipSpace();
-  if (peek(at_) != ':')
-    fail("Expected “:” behind a key", at_);
+  if (peek(at_) != ':') [[unlikely]] {
+    skipSpace();
+    if (peek(at_) != ':')
+      fail("Expected “:” behind a key", at_);
+  }
   ++at_;
 }
 
@@ -147,7 +162,7 @@ void JSONParser::skipSpace() {
   at_ = skipJSONSpace(at_, end_);
 }
 
-void JSONParser::readText() {
+inline void JSONParser::readText() {
   const char* const start = at_ + 1;
   const char* const at = skipPlainASCII(start, end_);
   const auto length = static_cast<JSONWord>(at - start);

@@ -38,6 +38,7 @@ private:
 
   bool readValue();
   bool readBehindValue();
+  bool readUpToValue();
   bool open(JSONTag tag, char end);
   void close();
   void readKey();
@@ -50,7 +51,10 @@ private:
   std::uint32_t readFourDigits(const char* at);
 
   void readNumbers();
+  void readNumbersInArray();
+  void readShortIntegers();
   void readNumber();
+  void readAnyNumber();
   bool isCommaBeforeDigit() const;
   void readLongOrFractional(const char* digits);
   void addInteger(std::int64_t value);

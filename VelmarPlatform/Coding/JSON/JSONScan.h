@@ -37,11 +37,9 @@ constexpr bool isJSONSpace(char letter) noexcept {
   return letter == ' ' || letter == '\n' || letter == '\r' || letter == '\t';
 }
 
-/// From `at` on, the first byte that isn't white space, or `end`.
-inline const char* skipJSONSpace(const char* at, const char* end) noexcept {
-  constexpr unsigned char blank = ' ';
-  if (at == end || static_cast<unsigned char>(*at) > blank) [[likely]]
-    return at;
+/// As skipJSONSpace where there may be some. Texts of machines have none, so this stays out of the
+/// way of what calls it.
+[[gnu::noinline]] inline const char* skipSomeJSONSpace(const char* at, const char* end) noexcept {
 #if defined(__SSE2__)
   constexpr std::uint32_t allOfThem = 0xFFFF;
   while (end - at >= blockSize) {
@@ -59,25 +57,59 @@ inline const char* skipJSONSpace(const char* at, const char* end) noexcept {
   return at;
 }
 
-/// From `at` on, the first byte of a string's inside that isn't plain ASCII: a quote, a backslash,
-/// a control character or a byte above 0x7F; or `end`.
-inline const char* skipPlainASCII(const char* at, const char* end) noexcept {
+/// From `at` on, the first byte that isn't white space, or `end`.
+inline const char* skipJSONSpace(const char* at, const char* end) noexcept {
+  constexpr unsigned char blank = ' ';
+  if (at == end || static_cast<unsigned char>(*at) > blank) [[likely]]
+    return at;
+  return skipSomeJSONSpace(at, end);
+}
+
+constexpr bool isPlainASCII(char letter) noexcept {
   constexpr char firstPlain = ' ';
+  return static_cast<signed char>(letter) >= firstPlain && letter != '"' && letter != '\\';
+}
+
+#if defined(__SSE2__)
+
+/// A bit for each byte for which isPlainASCII is false.
+inline std::uint32_t maskOfUnplain(__m128i block) noexcept {
+  constexpr char firstPlain = ' ';
+  // Signed, so that bytes above 0x7F are below a blank, too.
+  const __m128i low = _mm_cmplt_epi8(block, _mm_set1_epi8(firstPlain));
+  return maskOf(_mm_or_si128(low, _mm_or_si128(equalTo(block, '"'), equalTo(block, '\\'))));
+}
+
+#endif
+
+/// As skipPlainASCII, however long the text is.
+[[gnu::noinline]] inline const char* skipMuchPlainASCII(const char* at, const char* end) noexcept {
 #if defined(__SSE2__)
   while (end - at >= blockSize) {
-    const __m128i block = loadBlock(at);
-    // Signed, so that bytes above 0x7F are below a blank, too.
-    const __m128i low = _mm_cmplt_epi8(block, _mm_set1_epi8(firstPlain));
-    const std::uint32_t others =
-        maskOf(_mm_or_si128(low, _mm_or_si128(equalTo(block, '"'), equalTo(block, '\\'))));
+    const std::uint32_t others = maskOfUnplain(loadBlock(at));
     if (others != 0)
       return at + std::countr_zero(others);
     at += blockSize;
   }
 #endif
-  while (at != end && static_cast<signed char>(*at) >= firstPlain && *at != '"' && *at != '\\')
+  while (at != end && isPlainASCII(*at))
     ++at;
   return at;
+}
+
+/// From `at` on, the first byte of a string's inside that isn't plain ASCII: a quote, a backslash,
+/// a control character or a byte above 0x7F; or `end`.
+inline const char* skipPlainASCII(const char* at, const char* end) noexcept {
+#if defined(__SSE2__)
+  // Most texts are keys and end in the first block.
+  if (end - at >= blockSize) [[likely]] {
+    const std::uint32_t others = maskOfUnplain(loadBlock(at));
+    if (others != 0) [[likely]]
+      return at + std::countr_zero(others);
+    at += blockSize;
+  }
+#endif
+  return skipMuchPlainASCII(at, end);
 }
 
 /// From `at` on, the first byte that must be written as an escape, or `end`.

@@ -144,6 +144,9 @@ TEST(JSONTape, ReadsNumbersExactly) {
       {"1000000000000000000000000000000000000000e-39", "1d"},
   };
   expectAccepted(cases);
+  EXPECT_EQ(shown("[0,9,10,99,100,999,1000,7,-8,20,1.5,30,3e2,40,true,50,[60,61],70,8 ,9]"),
+            "[0 9 10 99 100 999 1000 7 -8 20 1.5d 30 300d 40 true 50 [60 61] 70 8 9]");
+  EXPECT_EQ(JSONTape("[1,2,3,44,-5,6,7,8]").count({}), 8);
 }
 
 TEST(JSONTape, ReadsEscapesAndUTF8) {
@@ -210,6 +213,9 @@ TEST(JSONTape, SaysWhatIsWrongAndWhere) {
       {"+1", "Expected a value at byte 0 (line 1, column 1)."},
       {".5", "Expected a value at byte 0 (line 1, column 1)."},
       {"01", "Expected no more digits behind a number's leading 0 at byte 1 (line 1, column 2)."},
+      {"[1,22,01,3333]",
+       "Expected no more digits behind a number's leading 0 at byte 7 (line 1, column 8)."},
+      {"[1,22,,3333]", "Expected a value at byte 6 (line 1, column 7)."},
       {"-00.5",
        "Expected no more digits behind a number's leading 0 at byte 2 (line 1, column 3)."},
       {"1.", "Expected a digit behind a number's point, but the text ends at byte 2 (line 1, "
@@ -260,14 +266,17 @@ TEST(JSONTape, RefusesBadUTF8Anywhere) {
 }
 
 TEST(JSONTape, RefusesEachPrefixOfADocument) {
-  const std::string_view text =
-      R"([{"name":"a \"b\" \u00e9 é", "list":[1,-2.5e3,true,false,null,"",[],{}]}, 18446744073709551615 ])";
-  EXPECT_EQ(refusal(text), "");
-  for (std::size_t length = 0; length < text.size(); ++length) {
-    // A copy of just that size, so that a sanitizer sees what reads behind it.
-    const std::vector<char> prefix(text.begin(),
-                                   text.begin() + static_cast<std::ptrdiff_t>(length));
-    EXPECT_NE(refusal({prefix.data(), prefix.size()}), "") << length;
+  for (
+      const std::string_view text :
+      {R"([{"name":"a \"b\" \u00e9 é", "list":[1,-2.5e3,true,false,null,"",[],{}]}, 18446744073709551615 ])",
+       R"([1,22,333,4444,0,10,{"longer than a block":55},-7,1.5,88,[999,1],2])"}) {
+    EXPECT_EQ(refusal(text), "");
+    for (std::size_t length = 0; length < text.size(); ++length) {
+      // A copy of just that size, so that a sanitizer sees what reads behind it.
+      const std::vector<char> prefix(text.begin(),
+                                     text.begin() + static_cast<std::ptrdiff_t>(length));
+      EXPECT_NE(refusal({prefix.data(), prefix.size()}), "") << length;
+    }
   }
 }
 
