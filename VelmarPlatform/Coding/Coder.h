@@ -100,7 +100,10 @@ struct Coder<std::string> {
     std::string_view text;
     if (!from.readText(text))
       return false;
-    into.assign(text);
+    if (text.size() > into.capacity())
+      into = std::string(text); // cheaper than growing
+    else
+      into.assign(text);
     return true;
   }
   static void encode(const std::string& value, Encoder& into) { into.text(value); }

@@ -111,12 +111,12 @@ public:
   /// keys as they stand there and as often; ends at the first false.
   template <class Function>
   [[nodiscard]] bool forEachMember(Function&& perform) {
-    if (kind() != ValueKind::table)
+    CodedChildren walk;
+    if (!source().enterTable(value_, walk))
       return failToFind(ValueKind::table);
-    CodedChildren walk = source().children(value_);
     std::string_view key;
     CodedValue member;
-    while (source().nextMember(walk, key, member)) {
+    while (walk.next != walk.end && source().nextMember(walk, key, member)) {
       const CodingPathNode place(*place_, key);
       if (!perform(key, Decoder(*run_, member, place)))
         return false;

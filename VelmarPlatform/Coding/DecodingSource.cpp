@@ -39,6 +39,13 @@ std::span<const std::byte> DecodingSource::data(CodedValue /*value*/) const {
   return {};
 }
 
+bool DecodingSource::enterTable(CodedValue value, CodedChildren& walk) const {
+  if (kind(value) != ValueKind::table)
+    return false;
+  walk = children(value);
+  return true;
+}
+
 bool DecodingSource::readInteger(CodedValue value, std::int64_t& into) const {
   if (kind(value) != ValueKind::integer)
     return false;

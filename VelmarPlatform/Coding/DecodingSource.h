@@ -38,7 +38,8 @@ struct CodedValue {
   std::uint64_t handle = 0;
 };
 
-/// A walk over the children of an array or a table; the numbers are the source's own affair.
+/// A walk over the children of an array or a table; the numbers are the source's own affair, but
+/// that both are the same behind the last child.
 struct CodedChildren {
   std::uint64_t next = 0;
   std::uint64_t end = 0;
@@ -76,6 +77,8 @@ public:
 
   // The commonest reads as one call in place of two. What they read is left alone on false.
 
+  /// A walk over the members of `value`, if it is a table.
+  [[nodiscard]] virtual bool enterTable(CodedValue value, CodedChildren& walk) const;
   /// The integer at `value`, if it is of the kind integer.
   [[nodiscard]] virtual bool readInteger(CodedValue value, std::int64_t& into) const;
   /// The text at `value`, if it is one.

@@ -58,6 +58,12 @@ inline std::size_t find(std::span<const FieldRow> rows, std::string_view key,
   return search(rows, key, expected);
 }
 
+/// By itself, so that the usual way needs no string.
+[[gnu::noinline]] std::size_t findConverted(std::span<const FieldRow> rows, std::string_view key,
+                                            std::size_t expected, const Decoder& table) {
+  return search(rows, table.keys().convert(key, table.place()), expected);
+}
+
 inline bool decodeMember(const Decoder& from, void* record, const FieldRow& row, bool isRepeated) {
   void* member = row.locate(record);
   if (row.presence == Presence::orDefault && from.isNil())
@@ -106,16 +112,15 @@ bool decodeRecord(Decoder from, void* record, std::span<const FieldRow> rows) {
   Seen seen;
   std::size_t unseen = rows.size();
   std::size_t expected = 0;
-  const KeyDecodingStrategy& strategy = from.keys();
-  const bool keepsKeys = strategy.keepsKeys();
+  const bool keepsKeys = from.keys().keepsKeys();
   const bool isRead = from.forEachMember([&](std::string_view key, Decoder member) {
-    const std::size_t at = keepsKeys ? find(rows, key, expected)
-                                     : search(rows, strategy.convert(key, from.place()), expected);
+    const std::size_t at =
+        keepsKeys ? find(rows, key, expected) : findConverted(rows, key, expected, from);
     if (at == rows.size())
       return true;
     expected = at + 1;
-    const bool isRepeated = seen.test(at);
-    seen.set(at);
+    const bool isRepeated = seen[at];
+    seen[at] = true;
     unseen -= isRepeated ? 0 : 1;
     return decodeMember(member, record, rows[at], isRepeated);
   });

@@ -146,14 +146,15 @@ bool JSONTape::nextElement(CodedChildren& walk, CodedValue& element) const {
 }
 
 bool JSONTape::nextMember(CodedChildren& walk, std::string_view& key, CodedValue& member) const {
-  if (walk.next == walk.end)
+  const std::uint64_t index = walk.next;
+  if (index == walk.end)
     return false;
-  const JSONWord word = words_[walk.next];
+  const JSONWord word = words_[index];
   if (tagOf(word) != JSONTag::text) [[unlikely]]
     return nextUnusualMember(walk, key, member);
+  walk.next = behind(index + 1);
   key = {text_.data() + offsetOf(word), lengthOf(word)};
-  member.handle = walk.next + 1;
-  walk.next = behind(member.handle);
+  member.handle = index + 1;
   return true;
 }
 
@@ -162,6 +163,14 @@ bool JSONTape::nextUnusualMember(CodedChildren& walk, std::string_view& key,
   key = text({walk.next});
   member.handle = behind(walk.next);
   walk.next = behind(member.handle);
+  return true;
+}
+
+bool JSONTape::enterTable(CodedValue value, CodedChildren& walk) const {
+  const JSONWord word = words_[value.handle];
+  if (tagOf(word) != JSONTag::table)
+    return false;
+  walk = {value.handle + 1, offsetOf(word)};
   return true;
 }
 

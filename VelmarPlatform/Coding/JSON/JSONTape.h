@@ -53,6 +53,7 @@ public:
   /// O(1) whatever the element holds, as is `nextMember`.
   bool nextElement(CodedChildren& walk, CodedValue& element) const override;
   bool nextMember(CodedChildren& walk, std::string_view& key, CodedValue& member) const override;
+  [[nodiscard]] bool enterTable(CodedValue value, CodedChildren& walk) const override;
   [[nodiscard]] bool readInteger(CodedValue value, std::int64_t& into) const override;
   [[nodiscard]] bool readText(CodedValue value, std::string_view& into) const override;
   [[nodiscard]] bool readIntegers(CodedValue array,
