@@ -152,10 +152,14 @@ private:
   friend class Encoder;
   explicit TableEncoder(Encoder& table) noexcept : table_(&table) {}
   void writeKey(std::string_view key) {
-    if (table_->options_->keys == KeyEncodingStrategy::useDefaultKeys)
+    if (table_->options_->keys == KeyEncodingStrategy::useDefaultKeys) [[likely]]
       table_->sink_->key(key);
     else
-      table_->sink_->key(snakeCaseFromCamelCase(key));
+      writeConvertedKey(key);
+  }
+  // By itself, so that the usual way needs no string.
+  [[gnu::noinline]] void writeConvertedKey(std::string_view key) {
+    table_->sink_->key(snakeCaseFromCamelCase(key));
   }
   template <class Function>
   void atKeyAsItStands(std::string_view key, Function&& perform) {

@@ -191,25 +191,25 @@ void JSONTextWriter::putKeyInLayout(std::string_view key) {
 }
 
 void JSONTextWriter::endTable() {
-  if (options_.sortedKeys && !isFirst_)
+  if (options_.sortedKeys && !isFirst_) [[unlikely]]
     sorter_.endMember(written());
   endContainer('}');
 }
 
-void JSONTextWriter::beginContainer(char bracket) {
+inline void JSONTextWriter::beginContainer(char bracket) {
   beginValue(1);
   put(bracket);
   ++depth_;
   isFirst_ = true;
 }
 
-void JSONTextWriter::endContainer(char bracket) {
+inline void JSONTextWriter::endContainer(char bracket) {
   --depth_;
-  if (options_.pretty && !isFirst_)
+  if (options_.pretty && !isFirst_) [[unlikely]]
     putNewLine();
   reserve(1);
   put(bracket);
-  if (bracket == '}' && options_.sortedKeys)
+  if (bracket == '}' && options_.sortedKeys) [[unlikely]]
     sorter_.endTable(text_.data(), written());
   endValue();
 }
@@ -224,8 +224,11 @@ inline void JSONTextWriter::beginValue(std::size_t room) {
 
 inline void JSONTextWriter::endValue() {
   isFirst_ = false;
-  if (depth_ != 0)
-    return;
+  if (depth_ == 0)
+    finish();
+}
+
+void JSONTextWriter::finish() {
   text_.resize(written());
   isFinished_ = true;
 }
@@ -253,10 +256,8 @@ void JSONTextWriter::putLiteral(std::string_view letters) {
 
 inline void JSONTextWriter::putDigits(std::uint64_t value) {
   constexpr std::uint64_t manyDigits = 1000;
-  if (value >= manyDigits) {
-    at_ = std::to_chars(at_, at_ + roomForNumber, value).ptr;
-    return;
-  }
+  if (value >= manyDigits)
+    return putManyDigits(value);
   char* at = at_;
   if (value >= 100)
     *at++ = static_cast<char>('0' + value / 100);
@@ -264,6 +265,10 @@ inline void JSONTextWriter::putDigits(std::uint64_t value) {
     *at++ = static_cast<char>('0' + value / 10 % 10);
   *at++ = static_cast<char>('0' + value % 10);
   at_ = at;
+}
+
+[[gnu::noinline]] void JSONTextWriter::putManyDigits(std::uint64_t value) {
+  at_ = std::to_chars(at_, at_ + roomForNumber, value).ptr;
 }
 
 inline void JSONTextWriter::putInteger(std::int64_t value) {

@@ -56,6 +56,7 @@ public:
 private:
   void beginValue(std::size_t room);
   void endValue();
+  void finish();
   void beginContainer(char bracket);
   void endContainer(char bracket);
   void put(char letter) { *at_++ = letter; }
@@ -68,6 +69,7 @@ private:
   void putEscape(char letter);
   void putInteger(std::int64_t value);
   void putDigits(std::uint64_t value);
+  void putManyDigits(std::uint64_t value);
   template <class Floating>
   void putFloating(Floating value);
   void reserve(std::size_t room);
