@@ -148,6 +148,12 @@ public:
     atKeyAsItStands(key, perform);
   }
 
+  /// Whether members that come in the order of their keys are cheaper.
+  [[nodiscard]] bool wouldSortKeys() const noexcept {
+    return table_->sink_->sortsKeys() &&
+           table_->options_->keys == KeyEncodingStrategy::useDefaultKeys;
+  }
+
 private:
   friend class Encoder;
   explicit TableEncoder(Encoder& table) noexcept : table_(&table) {}

@@ -42,6 +42,9 @@ public:
   virtual void beginTable() = 0;
   virtual void key(std::string_view key) = 0;
   virtual void endTable() = 0;
+  /// Whether it puts the members of a table in the order of their keys, and so would rather be told
+  /// them in that order.
+  [[nodiscard]] virtual bool sortsKeys() const noexcept { return false; }
 
   /// An array of integers, as if it was told one by one. For long ones, which this spares a call
   /// for each element.

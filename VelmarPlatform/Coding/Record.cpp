@@ -87,7 +87,9 @@ bool decodeTheRest(Decoder from, void* record, std::span<const FieldRow> rows, c
 }
 
 void encodeMembers(const void* record, std::span<const FieldRow> rows, TableEncoder& table) {
-  for (const FieldRow& row : rows) {
+  const bool isSorted = table.wouldSortKeys();
+  for (const FieldRow& each : rows) {
+    const FieldRow& row = isSorted ? rows[each.inKeyOrder] : each;
     // The rows only look: a record that is written stays as it is.
     const void* member = row.locate(const_cast<void*>(record));
     if (row.presence == Presence::uncoded ||

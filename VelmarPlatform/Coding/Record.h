@@ -22,6 +22,7 @@
 
 #include "VelmarPlatform/Coding/Coder.h"
 
+#include <algorithm>
 #include <array>
 #include <concepts>
 #include <cstddef>
@@ -77,6 +78,8 @@ struct FieldRow {
   void* (*locate)(void* record);
   const FieldCoding* coding;
   Presence presence;
+  /// Which row of the same record takes this one's place where keys are sorted.
+  std::uint8_t inKeyOrder = 0;
 
   /// The key may be missing or null, and the initialiser in the struct then holds.
   [[nodiscard]] consteval FieldRow orDefault() const {
@@ -91,7 +94,7 @@ private:
   [[nodiscard]] consteval FieldRow with(Presence changed, bool isAllowed) const {
     if (!isAllowed)
       throw "An optional has no default to fall back on, and only an optional can be null.";
-    return {key, locate, coding, changed};
+    return {key, locate, coding, changed, inKeyOrder};
   }
 };
 
@@ -238,11 +241,17 @@ consteval auto rowsOf(Rows... rows) {
   static_assert(!std::is_aggregate_v<T> ||
                     !rowDetail::isMadeOf<T>(std::make_index_sequence<sizeof...(Rows) + 1>()),
                 "A member of the record has no row; uncodedRow names one that stays out.");
-  const std::array<FieldRow, sizeof...(Rows)> table{rows...};
+  std::array<FieldRow, sizeof...(Rows)> table{rows...};
   for (std::size_t i = 0; i < table.size(); ++i)
     for (std::size_t j = i + 1; j < table.size(); ++j)
       if (!table[i].key.empty() && table[i].key == table[j].key)
         throw "Two rows have one key.";
+  std::array<std::uint8_t, sizeof...(Rows)> order{};
+  for (std::size_t i = 0; i < order.size(); ++i)
+    order[i] = static_cast<std::uint8_t>(i);
+  std::ranges::sort(order, {}, [&](std::uint8_t at) { return table[at].key; });
+  for (std::size_t i = 0; i < order.size(); ++i)
+    table[i].inKeyOrder = order[i];
   return table;
 }
 
