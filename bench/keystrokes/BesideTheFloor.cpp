@@ -34,22 +34,6 @@ private:
   std::vector<double> times_;
 };
 
-/// What is aimed at by the clock: for the half of all keys, and for the slowest ones that
-/// unbalance.
-struct Goals {
-  double half = 0;
-  double slowest = 0;
-
-  static Goals of(const KeystrokeSubject& subject, const KeystrokeManner& manner) {
-    if (subject.bound == 0)
-      return {};
-    const bool isStrict = subject.bound < 1.25 && manner.repaint == Repaint::no;
-    if (manner.keys == Keys::unbalancing)
-      return {.slowest = isStrict ? 1.5 : 2};
-    return {.half = isStrict ? 1.25 : 1.5};
-  }
-};
-
 void measure(const KeystrokeSubject& subject, const KeystrokeManner& manner,
              PreparedKeystrokes& prepared) {
   Laps floor;
@@ -61,7 +45,7 @@ void measure(const KeystrokeSubject& subject, const KeystrokeManner& manner,
     ours.start();
     prepared.play(manner.repaint, [&](std::size_t) { ours.lap(); });
   }
-  const Goals goals = Goals::of(subject, manner);
+  const KeystrokeGoals goals = goalsOf(subject, manner);
   std::cout << lineFor(LatencyResult{
                    .name = subject.name + manner.suffix,
                    .half = {floor.quantile(0.5), ours.quantile(0.5), goals.half},

@@ -34,7 +34,7 @@ void registerKeystrokes(const KeystrokeSubject& subject, const KeystrokeManner& 
     return;
   }
   registerPair({.name = name,
-                .bound = manner.repaint == Repaint::yes ? 1.25 : subject.bound,
+                .bound = goalsOf(subject, manner).instructions,
                 .floor =
                     [=](State& state) {
                       BareKeystrokes& bare = *prepared(subject, manner.keys).bare;

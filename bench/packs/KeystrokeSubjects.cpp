@@ -45,6 +45,17 @@ const std::vector<KeystrokeManner>& keystrokeManners() {
   return all;
 }
 
+KeystrokeGoals goalsOf(const KeystrokeSubject& subject, const KeystrokeManner& manner) {
+  if (subject.bound == 0)
+    return {};
+  const bool isStrict = subject.bound < 1.25 && manner.repaint == BareKeystrokes::Repaint::no;
+  if (manner.keys == Keys::unbalancing) {
+    const double goal = isStrict ? 1.5 : 2;
+    return {.instructions = goal, .slowest = goal};
+  }
+  return {.instructions = isStrict ? subject.bound : 1.25, .half = isStrict ? 1.25 : 1.5};
+}
+
 bool isLeftOut(const KeystrokeSubject& subject) {
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody sets any
   return subject.isLarge && !std::getenv("VELMAR_LARGE");

@@ -30,6 +30,16 @@ struct KeystrokeManner {
   BareKeystrokes::Repaint repaint = BareKeystrokes::Repaint::no;
 };
 
+/// What the ratios to the floor are to be at most; 0 promises nothing.
+struct KeystrokeGoals {
+  double instructions = 0; ///< A bound.
+  double half = 0;         ///< By the clock, of the half of all keys.
+  double slowest = 0;      ///< By the clock, of the slowest hundredth.
+};
+
+[[nodiscard]] KeystrokeGoals goalsOf(const KeystrokeSubject& subject,
+                                     const KeystrokeManner& manner);
+
 [[nodiscard]] const std::vector<KeystrokeSubject>& keystrokeSubjects();
 [[nodiscard]] const std::vector<KeystrokeManner>& keystrokeManners();
 /// Whether it is too large for this run.
