@@ -6,6 +6,7 @@
 
 #include "VelmarPlatform/Files/FileContents.h"
 #include "VelmarPlatform/Unicode/UTF.h"
+#include "cmake/SourceTree.h"
 #include "host/Session.h"
 #include "tests/packs/PackFiles.h"
 #include "tests/packs/PackLanguages.h"
@@ -74,7 +75,7 @@ TEST_P(Oracle, EveryStateEqualsTheReference) {
   const auto edits = numberFromEnvironment("VELMAR_ORACLE_EDITS", 20'000) / 7;
   const auto seed = static_cast<std::uint32_t>(numberFromEnvironment("VELMAR_ORACLE_SEED", 1));
   const auto languages = PackLanguages::make();
-  const FilePath path(std::string(VELMAR_SOURCE_DIR) + "/" + sample.path);
+  const FilePath path(sourcePath(sample.path));
   const std::u16string source = utf16RepairingUTF8(charactersOf(readFile(path))).substr(0, 6000);
 
   OracleCounts total;
@@ -129,7 +130,7 @@ TextRangeSet rangesOutsideSublayers(const Parse::Layer& layer) {
 TEST_P(Oracle, LayersThatNobodyReadCatchUp) {
   const Sample& sample = GetParam();
   const auto languages = PackLanguages::make();
-  const FilePath path(std::string(VELMAR_SOURCE_DIR) + "/" + sample.path);
+  const FilePath path(sourcePath(sample.path));
   const std::u16string source = utf16RepairingUTF8(charactersOf(readFile(path))).substr(0, 6000);
   Parse watched(languages->configuration(sample.language));
   Parse unwatched(languages->configuration(sample.language));
@@ -244,7 +245,7 @@ TEST(CancelledEdit, IsMadeUpForByTheNext) {
                                        std::pair("markdown", "tests/packs/oracle/sample.md"),
                                        std::pair("markdown", "README.md")}) {
     const auto languages = PackLanguages::make();
-    const FilePath path(std::string(VELMAR_SOURCE_DIR) + "/" + file);
+    const FilePath path(sourcePath(file));
     const std::u16string source = utf16RepairingUTF8(charactersOf(readFile(path)));
     const ParseConfiguration base = languages->configuration(language);
     const auto resolver = std::make_shared<CancellingResolver>(base);
