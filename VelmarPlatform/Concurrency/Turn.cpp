@@ -13,15 +13,17 @@ namespace {
 /// other all day doesn't keep a thread from everybody else.
 constexpr int turnBudget = 256;
 
-/// Whether this thread should let others have it. A thread of the pool goes on as long as nobody
-/// waits for one.
-bool isOutOfBudget(ThreadState& thread) noexcept {
-  if (--thread.budget > 0)
-    return false;
+/// Whether others want this thread, which has used up its budget. A thread of the pool goes on as
+/// long as nobody waits for one.
+bool isWanted(ThreadState& thread) noexcept {
   if (thread.kind != ThreadKind::pool || poolHasJobsWaiting())
     return true;
   thread.budget = turnBudget;
   return false;
+}
+
+bool isOutOfBudget(ThreadState& thread) noexcept {
+  return --thread.budget <= 0 && isWanted(thread);
 }
 
 /// Moves this thread's turn to the executor of `coroutine`, or queues the coroutine there. Returns
@@ -63,6 +65,11 @@ void resumeCoroutine(Job& job) noexcept {
       coroutine = hop(thread, *coroutine);
   }
   thread.coroutine = nullptr;
+}
+
+bool SharedTurn::isTurnWanted() noexcept {
+  ThreadState& thread = threadState();
+  return thread.executor->hasMoreInTurn() || isWanted(thread);
 }
 
 Coroutine* SharedTurn::enqueue(void* coroutine) noexcept {

@@ -94,7 +94,9 @@ inline void continueWith(Coroutine& next) noexcept {
 /// behind it.
 class SharedTurn {
 public:
-  [[nodiscard]] bool await_ready() const noexcept { return --threadState().budget > 0; }
+  [[nodiscard]] bool await_ready() const noexcept {
+    return --threadState().budget > 0 || !isTurnWanted();
+  }
   template <std::derived_from<Coroutine> Promise>
   void await_suspend(std::coroutine_handle<Promise> self) const noexcept {
     afterSuspension(enqueue, static_cast<Coroutine*>(&self.promise()));
@@ -102,6 +104,7 @@ public:
   void await_resume() const noexcept {}
 
 private:
+  [[nodiscard]] static bool isTurnWanted() noexcept;
   static Coroutine* enqueue(void* coroutine) noexcept;
 };
 

@@ -408,7 +408,9 @@ TEST(Reactor, WakesOneThreadForAMessage) {
   });
   sender.join();
   ::close(peer);
-  EXPECT_LE(threads, 2U) << "Messages that were there before the object looked arrive in the pool.";
+  // Messages that were there before the object looked arrive in the pool, and after some hundred of
+  // them in a row another of its threads may go on.
+  EXPECT_LE(threads, 5U);
   // Once for each message, less when the thread hadn't gone to sleep yet, and now and then over a
   // lock of the system's.
   EXPECT_LE(sleeps, count + count / 10);
