@@ -238,7 +238,8 @@ Parse::changedInjections(LayerImpl& layer, const LayerEdit& edit, const LayerCha
     for (std::size_t place = first; place < last; ++place)
       asked.insertContentsOf(settled.ranges()[place]);
   };
-  for (const TextRange& range : TextRangeSet(region).ranges())
+  const TextRangeSet changed = region;
+  for (const TextRange& range : changed.ranges())
     insertPlacesIn(range, region);
 
   // What goes wrong here is told when all injections are gone through.
