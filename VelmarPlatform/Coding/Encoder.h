@@ -149,10 +149,7 @@ public:
   }
 
   /// Whether members that come in the order of their keys are cheaper.
-  [[nodiscard]] bool wouldSortKeys() const noexcept {
-    return table_->sink_->sortsKeys() &&
-           table_->options_->keys == KeyEncodingStrategy::useDefaultKeys;
-  }
+  [[nodiscard]] bool wouldSortKeys() const noexcept { return table_->sink_->sortsKeys(); }
 
 private:
   friend class Encoder;

@@ -18,7 +18,9 @@ namespace velmar {
 /// EncodingError with the place.
 class EncodingSink {
 public:
-  EncodingSink() = default;
+  /// A sink that puts the members of a table in the order of their keys would rather be told them
+  /// in that order.
+  explicit EncodingSink(bool sortsKeys = false) noexcept : sortsKeys_(sortsKeys) {}
   EncodingSink(const EncodingSink&) = delete;
   EncodingSink& operator=(const EncodingSink&) = delete;
   virtual ~EncodingSink() = default;
@@ -42,13 +44,14 @@ public:
   virtual void beginTable() = 0;
   virtual void key(std::string_view key) = 0;
   virtual void endTable() = 0;
-  /// Whether it puts the members of a table in the order of their keys, and so would rather be told
-  /// them in that order.
-  [[nodiscard]] virtual bool sortsKeys() const noexcept { return false; }
+  [[nodiscard]] bool sortsKeys() const noexcept { return sortsKeys_; }
 
   /// An array of integers, as if it was told one by one. For long ones, which this spares a call
   /// for each element.
   virtual void integers(std::span<const std::int64_t> values);
+
+private:
+  bool sortsKeys_;
 };
 
 /// That a form can't hold a value; `description` is a sentence.

@@ -86,19 +86,28 @@ bool decodeTheRest(Decoder from, void* record, std::span<const FieldRow> rows, c
   return true;
 }
 
-void encodeMembers(const void* record, std::span<const FieldRow> rows, TableEncoder& table) {
-  const bool isSorted = table.wouldSortKeys();
-  for (const FieldRow& each : rows) {
-    const FieldRow& row = isSorted ? rows[each.inKeyOrder] : each;
-    // The rows only look: a record that is written stays as it is.
-    const void* member = row.locate(const_cast<void*>(record));
-    if (row.presence == Presence::uncoded ||
-        (row.presence == Presence::optional && row.coding->isAbsent(member)))
-      continue;
+void encodeMembers(const void* record, std::span<const FieldRow> rows, TableEncoder& table);
+
+[[gnu::always_inline]] inline void encodeMember(const void* record, const FieldRow& row,
+                                                TableEncoder& table) {
+  // The rows only look: a record that is written stays as it is.
+  const void* member = row.locate(const_cast<void*>(record));
+  if (!hasKey(row)) [[unlikely]] {
     if (row.presence == Presence::flattened)
       encodeMembers(member, row.coding->rows(), table);
-    else
-      table.at(row.key, [&](Encoder& into) { row.coding->encode(member, into); });
+    return;
+  }
+  if (row.presence != Presence::optional || !row.coding->isAbsent(member))
+    table.at(row.key, [&](Encoder& into) { row.coding->encode(member, into); });
+}
+
+void encodeMembers(const void* record, std::span<const FieldRow> rows, TableEncoder& table) {
+  if (table.wouldSortKeys()) {
+    for (const FieldRow& row : rows)
+      encodeMember(record, rows[row.inKeyOrder], table);
+  } else {
+    for (const FieldRow& row : rows)
+      encodeMember(record, row, table);
   }
 }
 

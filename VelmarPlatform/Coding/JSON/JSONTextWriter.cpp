@@ -81,8 +81,8 @@ inline char* copyShort(std::string_view text, char* to) {
 } // namespace
 
 JSONTextWriter::JSONTextWriter(std::string& text, JSONTextOptions options)
-    : text_(text), options_(options), start_(text.size()), at_(text.data() + text.size()),
-      end_(at_) {}
+    : EncodingSink(options.sortedKeys), text_(text), options_(options), start_(text.size()),
+      at_(text.data() + text.size()), end_(at_) {}
 
 JSONTextWriter::~JSONTextWriter() {
   if (!isFinished_)

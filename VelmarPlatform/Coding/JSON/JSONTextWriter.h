@@ -37,7 +37,6 @@ public:
   explicit JSONTextWriter(std::string& text, JSONTextOptions options = {});
   ~JSONTextWriter() override;
 
-  [[nodiscard]] bool sortsKeys() const noexcept override { return options_.sortedKeys; }
   void nil() override;
   void boolean(bool value) override;
   void integer(std::int64_t value) override;
