@@ -6,7 +6,7 @@
 // within that range. Outside, all is as it was, only moved.
 #pragma once
 
-#include "VelmarParser/Document/LayerImpl.h"
+#include "VelmarParser/Document/LayerChange.h"
 #include "VelmarParser/Query/QueryMatch.h"
 
 #include <algorithm>
@@ -26,24 +26,16 @@ struct RegionPart {
 
 /// Whether so much of a text of `count` units is dirty that asking about it costs more than asking
 /// the new tree about everything: a quote can change all that follows.
-[[nodiscard]] inline bool isMostlyDirty(const Query& query, const LayerChange& change,
+[[nodiscard]] inline bool isMostlyDirty(const Query& query, const DirtyPlaces& dirty,
                                         std::int64_t count) {
-  std::int64_t dirty = 0;
-  for (const TextRange& range : change.dirtyFor(query).ranges())
-    dirty += range.length();
+  std::int64_t units = 0;
+  for (const TextRange& range : dirty.ranges.ranges())
+    units += range.length();
+  constexpr std::int64_t littleCost = 4'096;
+  if (dirty.costOfSearch > littleCost)
+    units += dirty.costOfSearch;
   // Where each pattern has one root, the old tree needn't be asked about all of it, too.
-  return dirty > (query.hasSingleRoots() ? count - count / 8 : count / 3);
-}
-
-/// Parts of `dirty` of which one is touched by each node that reaches out of it.
-inline void appendEndsOf(TextRange dirty, std::vector<TextRange>& ends) {
-  constexpr std::int64_t littleText = 64;
-  if (dirty.length() <= littleText) {
-    ends.push_back(dirty);
-    return;
-  }
-  ends.emplace_back(dirty.lowerBound, dirty.lowerBound + 1);
-  ends.emplace_back(dirty.upperBound - 1, dirty.upperBound);
+  return units > (query.hasSingleRoots() ? count - count / 8 : count / 3);
 }
 
 /// Where `query` may find other things than before, to begin with.
@@ -54,20 +46,13 @@ inline void appendEndsOf(TextRange dirty, std::vector<TextRange>& ends) {
 /// reaches out of it, so that it is enough to ask at its ends, unless a pattern has several roots.
 /// If the new tree has the same nodes it has the same matches, too, and ChangedMatches sees these.
 [[nodiscard]] inline TextRangeSet regionToAsk(const Query& query, const LayerChange& change,
-                                              std::int64_t count) {
-  TextRangeSet region = change.dirtyFor(query);
-  std::vector<TextRange> asked;
-  for (const TextRange& dirty : region.ranges()) {
-    if (change.hasSameNodes)
+                                              const DirtyPlaces& dirty, std::int64_t count) {
+  TextRangeSet region = dirty.ranges;
+  const ParseNode old = change.old()->rootNode();
+  for (const TextRange& end : dirty.ends.ranges()) {
+    if (change.hasSameNodes())
       break;
-    if (query.hasSingleRoots())
-      appendEndsOf(dirty, asked);
-    else
-      asked.push_back(dirty);
-  }
-  const ParseNode old = change.old->rootNode();
-  for (const TextRange& part : asked) {
-    const auto range = part.intersection(old.utf16Range());
+    const auto range = end.intersection(old.utf16Range());
     if (!range || range->isEmpty())
       continue;
     for (const Query::Match& match : query.matchesStartingAt(old, *range)) {
@@ -88,7 +73,7 @@ class ChangedMatches {
 public:
   /// Both must outlive it.
   ChangedMatches(const LayerChange& change, TextRangeSet& region)
-      : change_(change.hasSameNodes ? &change : nullptr), region_(&region) {}
+      : change_(change.hasSameNodes() ? &change : nullptr), region_(&region) {}
   /// All may have changed.
   ChangedMatches() = default;
 
@@ -97,7 +82,7 @@ public:
     if (!change_)
       return;
     mayHaveChanged_ = std::ranges::any_of(match.captures(), [&](const auto& capture) {
-      return change_->dirty.intersectsContentsOf(capture.node().utf16Range());
+      return change_->edited().intersectsContentsOf(capture.node().utf16Range());
     });
     if (mayHaveChanged_) {
       for (const auto& capture : match.captures())
@@ -122,15 +107,16 @@ private:
 /// asking piece by piece isn't worth it: then the whole layer is to be asked.
 template <class Found, class Find>
 [[nodiscard]] std::optional<std::vector<RegionPart<Found>>> settle(TextRangeSet region, Find find) {
-  constexpr std::size_t mostRanges = 32;
+  const std::size_t mostRanges = 32 + 2 * region.ranges().size();
   constexpr int mostRounds = 16;
   std::vector<RegionPart<Found>> before;
   for (int round = 0; round < mostRounds && region.ranges().size() <= mostRanges; ++round) {
     const TextRangeSet asked = region;
     std::vector<RegionPart<Found>> parts;
     for (const TextRange& range : asked.ranges()) {
-      const auto known = std::ranges::find(before, range, &RegionPart<Found>::range);
-      if (known != before.end()) {
+      const auto known = std::ranges::partition_point(
+          before, [&](const auto& part) { return part.range.lowerBound < range.lowerBound; });
+      if (known != before.end() && known->range == range) {
         parts.push_back(std::move(*known));
         continue;
       }

@@ -90,11 +90,13 @@ TextRangeSet Parse::parseInjections(const LayerPtr& layer, const LayerEdit& edit
     layer->settled.emplace();
     return {};
   }
-  if (change.old && layer->settled && !detail::isMostlyDirty(*query, change, lines_.count()) &&
-      !query->asksForSurroundings()) {
-    const auto parts = changedInjections(*layer, edit, change, query);
-    if (parts)
-      return parseInjectionsIn(*parts, layer, edit);
+  if (change.old() && layer->settled && !query->asksForSurroundings()) {
+    const detail::DirtyPlaces dirty = change.dirtyFor(*query);
+    if (!detail::isMostlyDirty(*query, dirty, lines_.count())) {
+      const TextRangeSet region = detail::regionToAsk(*query, change, dirty, lines_.count());
+      if (const auto parts = changedInjections(*layer, edit, change, query, region))
+        return parseInjectionsIn(*parts, layer, edit);
+    }
   }
   return parseAllInjections(layer, edit, query);
 }
@@ -218,10 +220,9 @@ std::vector<Parse::LayerPtr> Parse::sublayersAt(std::span<const InjectionPoint> 
 // The injections that may be others than before; absent if all have to be gone through.
 std::optional<std::vector<RegionPart<InjectionPoint>>>
 Parse::changedInjections(LayerImpl& layer, const LayerEdit& edit, const LayerChange& change,
-                         const std::shared_ptr<const Query>& query) {
+                         const std::shared_ptr<const Query>& query, TextRangeSet region) {
   SettledPlaces& settled = *layer.settled;
   settled.moveWith(edit);
-  TextRangeSet region = detail::regionToAsk(*query, change, lines_.count());
   if (edit.edit.old_end_point.column != edit.edit.new_end_point.column) {
     const std::int64_t lineEnd =
         lines_.lineBoundariesFor(edit.range.upperBound, LineAffinity::downstream).end;
@@ -274,6 +275,8 @@ TextRangeSet Parse::parseInjectionsIn(std::span<const RegionPart<InjectionPoint>
   std::size_t missing = 0; // sublayers that couldn't be made for their places
   for (const auto& part : parts) {
     const Range<std::size_t> places = settled.indicesIn(part.range);
+    if (places.isEmpty() && part.found.empty())
+      continue;
     for (std::size_t place = places.lowerBound; place < places.upperBound; ++place) {
       if (const auto combined = settled.combinedAt(place))
         isTouched[*combined] = true;

@@ -108,26 +108,6 @@ struct LayerEdit {
   [[nodiscard]] std::int64_t oldUpperBound() const { return range.upperBound - changeInLength; }
 };
 
-/// What an edit did to a layer's tree, for those who keep what they have found in it.
-struct LayerChange {
-  /// The tree before, edited so that its offsets are those of the new text; null if there was none.
-  const ParseTree* old = nullptr;
-  /// Where the runtime says that the structure looks different.
-  TextRangeSet reported;
-  /// Touches each node of either tree that has no equal in the other, or whose text changed, and
-  /// each place where its children have become others.
-  TextRangeSet dirty;
-  /// Touches these nodes, too, but nothing between them. Absent where there are too many places.
-  std::optional<TextRangeSet> dirtyNodes;
-  /// Whether the trees have the same nodes, so that nothing but the text within `dirty` changed.
-  bool hasSameNodes = false;
-
-  /// What the matches of a query that may have changed touch.
-  [[nodiscard]] const TextRangeSet& dirtyFor(const Query& query) const {
-    return dirtyNodes && query.hasSingleRoots() ? *dirtyNodes : dirty;
-  }
-};
-
 } // namespace detail
 
 } // namespace velmar

@@ -80,10 +80,12 @@ void Parse::updateLexicalSpans(LayerImpl& layer, const LayerEdit& edit, const La
                         std::vector<ClassifiedRange>& found) {
     return findClassified(query, layer.rootNode(), range, lines_, edit.pass, changed, found);
   };
-  if (change.old && layer.spansArePiecewise &&
-      !detail::isMostlyDirty(*query, change, lines_.count())) {
+  const auto dirty = change.old() && layer.spansArePiecewise
+                         ? std::optional(change.dirtyFor(*query))
+                         : std::nullopt;
+  if (dirty && !detail::isMostlyDirty(*query, *dirty, lines_.count())) {
     const auto parts =
-        settle<ClassifiedRange>(regionToAsk(*query, change, lines_.count()),
+        settle<ClassifiedRange>(regionToAsk(*query, change, *dirty, lines_.count()),
                                 [&](TextRange range, auto& found, TextRangeSet& region) {
                                   return find(range, {change, region}, found);
                                 });

@@ -40,6 +40,7 @@ namespace velmar {
 
 namespace detail {
 class ChangedMatches;
+class LayerChange;
 struct InjectionPoint;
 struct MovedSublayer;
 template <class Found>
@@ -162,7 +163,8 @@ private:
                                   const std::shared_ptr<const Query>& query);
   [[nodiscard]] std::optional<std::vector<detail::RegionPart<detail::InjectionPoint>>>
   changedInjections(detail::LayerImpl& layer, const detail::LayerEdit& edit,
-                    const detail::LayerChange& change, const std::shared_ptr<const Query>& query);
+                    const detail::LayerChange& change, const std::shared_ptr<const Query>& query,
+                    TextRangeSet region);
   TextRangeSet parseInjectionsIn(std::span<const detail::RegionPart<detail::InjectionPoint>> parts,
                                  const LayerPtr& layer, const detail::LayerEdit& edit);
   [[nodiscard]] std::vector<detail::MovedSublayer>

@@ -27,11 +27,20 @@ std::span<const Subtree> childrenOf(Subtree node) {
   return {ts_subtree_children(node), ts_subtree_child_count(node)};
 }
 
+/// A visible node that has an equal in the other tree, as far as the two themselves go.
+struct VisiblePair {
+  std::uint64_t number = 0; ///< 0 for none.
+  TSSymbol type = 0;
+};
+
 /// A walk through all nodes of a tree, hidden ones too, from parents to children.
 class TreeWalk {
 public:
   explicit TreeWalk(const TSTree& tree) : language_(tree.language) {
-    path_.push_back({.node = tree.root, .start = ts_subtree_padding(tree.root).bytes});
+    path_.push_back({.node = tree.root,
+                     .start = ts_subtree_padding(tree.root).bytes,
+                     .distance = 1,
+                     .pairAround = {}});
   }
 
   [[nodiscard]] bool isAtEnd() const { return path_.empty(); }
@@ -51,17 +60,26 @@ public:
   }
   [[nodiscard]] std::uint32_t structuralIndex() const { return path_.back().structuralIndex; }
 
-  /// To the first child. A node that is paired has an equal in the other tree as far as the two
-  /// themselves go.
-  void enter(bool isPaired, std::uint64_t childFrame) {
-    path_.back().isPaired = isPaired;
-    path_.back().childFrame = childFrame;
-    path_.push_back({.node = childrenOf(node()).front(), .start = start()});
+  /// The innermost visible node with a pair around this one.
+  [[nodiscard]] const VisiblePair& pairAround() const { return path_.back().pairAround; }
+  /// What queries take the node for.
+  [[nodiscard]] TSSymbol type() const {
+    const TSSymbol alias = aliasAt(path_.size() - 1);
+    return ts_language_public_symbol(language_, alias != 0 ? alias : ts_subtree_symbol(node()));
   }
-  /// Goes on behind the node, to a sibling of its parent if it is the last. Calls
-  /// `leave(start, end)` for each visible node without a pair that is left upwards.
-  template <class Leave>
-  void skip(Leave leave) {
+  /// How many nodes lie on the way to it, siblings in front among them; 0 at the end.
+  [[nodiscard]] std::uint32_t distance() const { return isAtEnd() ? 0 : path_.back().distance; }
+
+  /// To the first child, around which stands `pairAround`.
+  void enter(std::uint64_t childFrame, VisiblePair pairAround) {
+    path_.back().childFrame = childFrame;
+    path_.push_back({.node = childrenOf(node()).front(),
+                     .start = start(),
+                     .distance = distance() + 1,
+                     .pairAround = pairAround});
+  }
+  /// Goes on behind the node, to a sibling of its parent if it is the last.
+  void skip() {
     while (path_.size() > 1) {
       Level& level = path_.back();
       const std::span<const Subtree> siblings = childrenOf(path_[path_.size() - 2].node);
@@ -70,11 +88,10 @@ public:
         level.structuralIndex += !ts_subtree_extra(level.node);
         level.node = siblings[++level.index];
         level.start += ts_subtree_padding(level.node).bytes;
+        ++level.distance;
         return;
       }
       path_.pop_back();
-      if (!path_.back().isPaired && isVisible())
-        leave(start(), end());
     }
     path_.clear();
   }
@@ -85,8 +102,9 @@ private:
     std::uint32_t start = 0;
     std::uint32_t index = 0;
     std::uint32_t structuralIndex = 0;
-    bool isPaired = false;
+    std::uint32_t distance = 0;
     std::uint64_t childFrame = 0;
+    VisiblePair pairAround;
   };
 
   /// What the node at a level is called instead of its own name; 0 if it isn't.
@@ -154,8 +172,8 @@ bool areAlike(const TreeWalk& left, const TreeWalk& right) {
 
 class Comparison {
 public:
-  Comparison(const TSTree& old, const TSTree& tree, std::size_t mostPlaces)
-      : old_(old), new_(tree), mostPlaces_(mostPlaces) {}
+  Comparison(const TSTree& old, const TSTree& tree, std::size_t mostNodes)
+      : old_(old), new_(tree), mostNodes_(mostNodes) {}
 
   std::optional<TreeDifferences> differences() {
     while (!old_.isAtEnd() && !new_.isAtEnd() && !isTooMuch())
@@ -166,25 +184,25 @@ public:
       differ(new_);
     if (isTooMuch())
       return std::nullopt;
-    return TreeDifferences{.places = std::move(places_), .editedTokens = editedTokens_};
+    return std::move(found_);
   }
 
 private:
-  [[nodiscard]] bool isTooMuch() const { return places_.size() > mostPlaces_; }
+  [[nodiscard]] bool isTooMuch() const { return found_.nodes.size() > mostNodes_; }
 
   /// Both walks go on behind what is the same. Of other nodes the larger is looked into, until the
   /// two stand at the same one.
   void step() {
     if (old_.start() == new_.start()) {
       if (areShared(old_.node(), new_.node())) {
-        if (!haveSameRole())
-          new_.isVisible() ? touch(new_.start(), new_.end()) : insert(new_.start(), new_.end());
-        skip(old_);
-        skip(new_);
+        if (!isSameToParents())
+          noteOtherRole();
+        old_.skip();
+        new_.skip();
         return;
       }
       if (areAlike(old_, new_)) {
-        const bool sameRole = haveSameRole();
+        const bool sameRole = isSameToParents();
         if (sameRole || (!old_.isVisible() && !new_.isVisible()))
           return stepIntoPair(sameRole);
       }
@@ -197,22 +215,43 @@ private:
   }
 
   void stepIntoPair(bool sameRole) {
+    const bool isVisible = new_.isVisible();
     if (!new_.hasChildren()) {
-      if (ts_subtree_has_changes(old_.node()) && new_.isVisible()) {
-        const TreeByte first = editedTokens_ ? editedTokens_->lowerBound : TreeByte{new_.start()};
-        editedTokens_.emplace(first, TreeByte{new_.end()});
+      if (ts_subtree_has_changes(old_.node()) && isVisible) {
+        const TreeByte first =
+            found_.editedTokens ? found_.editedTokens->lowerBound : TreeByte{new_.start()};
+        found_.editedTokens.emplace(first, TreeByte{new_.end()});
       }
-      skip(old_);
-      skip(new_);
+      old_.skip();
+      new_.skip();
       return;
     }
+    ++found_.enteredCount;
     const bool sameProduction = old_.node().ptr->production_id == new_.node().ptr->production_id;
     const std::uint64_t frame = sameRole && sameProduction ? ++lastFrame_ : 0;
-    old_.enter(true, frame);
-    new_.enter(true, frame);
+    if (isVisible) {
+      const VisiblePair pair{++lastPair_, new_.type()};
+      old_.enter(frame, pair);
+      new_.enter(frame, pair);
+    } else {
+      old_.enter(frame, old_.pairAround());
+      new_.enter(frame, new_.pairAround());
+    }
   }
 
-  [[nodiscard]] bool haveSameRole() const {
+  /// A shared node is something else to its parents in the new tree.
+  void noteOtherRole() {
+    if (new_.isVisible() || old_.isVisible()) {
+      note(old_, old_.type());
+      note(new_, new_.type());
+    } else { // and so are all those that are shown in its place
+      note(new_, TreeDifference::anyType);
+    }
+  }
+
+  [[nodiscard]] bool isSameToParents() const {
+    if (old_.pairAround().number != new_.pairAround().number)
+      return false;
     if (old_.frame() != 0 && old_.frame() == new_.frame() &&
         old_.structuralIndex() == new_.structuralIndex() &&
         ts_subtree_extra(old_.node()) == ts_subtree_extra(new_.node()))
@@ -235,49 +274,37 @@ private:
   }
 
   void differ(TreeWalk& walk) {
-    if (walk.hasChildren())
-      return walk.enter(false, 0);
     if (walk.isVisible())
-      insert(walk.start(), walk.end());
-    skip(walk);
+      note(walk, walk.type());
+    if (!walk.hasChildren())
+      return walk.skip();
+    ++found_.enteredCount;
+    walk.enter(0, walk.pairAround());
   }
 
-  void skip(TreeWalk& walk) {
-    walk.skip([&](std::uint32_t start, std::uint32_t end) { touch(start, end); });
-  }
-
-  /// Sees to it that a node there touches a place: the last one, most often.
-  void touch(std::uint32_t start, std::uint32_t end) {
-    if (places_.empty() || places_.back().upperBound.value < start ||
-        places_.back().lowerBound.value > end)
-      insert(start, start);
-  }
-
-  void insert(std::uint32_t start, std::uint32_t end) {
-    // Gaps of a few lines aren't worth a place of their own.
-    constexpr std::uint32_t smallGap = 512;
-    if (!places_.empty() && start >= places_.back().lowerBound.value &&
-        start <= places_.back().upperBound.value + smallGap) {
-      const TreeByte upper{std::max(places_.back().upperBound.value, end)};
-      places_.back() = {places_.back().lowerBound, upper};
-    } else {
-      places_.push_back({TreeByte{start}, TreeByte{end}});
-    }
+  void note(const TreeWalk& walk, TSSymbol type) {
+    found_.nodes.push_back({.range = {TreeByte{walk.start()}, TreeByte{walk.end()}},
+                            .hasChildren = walk.hasChildren(),
+                            .isInOld = &walk == &old_,
+                            .type = type,
+                            .parentType = walk.pairAround().type,
+                            .distanceInOld = old_.distance(),
+                            .distanceInNew = new_.distance()});
   }
 
   TreeWalk old_;
   TreeWalk new_;
-  std::size_t mostPlaces_;
+  std::size_t mostNodes_;
   std::uint64_t lastFrame_ = 0;
-  std::vector<Range<TreeByte>> places_;
-  std::optional<Range<TreeByte>> editedTokens_;
+  std::uint64_t lastPair_ = 0;
+  TreeDifferences found_;
 };
 
 } // namespace
 
 std::optional<TreeDifferences> differencesOf(const TSTree& old, const TSTree& tree,
-                                             std::size_t mostPlaces) {
-  return Comparison(old, tree, mostPlaces).differences();
+                                             std::size_t mostNodes) {
+  return Comparison(old, tree, mostNodes).differences();
 }
 
 } // namespace velmar

@@ -50,10 +50,11 @@ QueryPredicateError invalidPredicate(std::int64_t pattern) {
   throw QueryError::inContext(kind, QueryError::Context::at(offset, text));
 }
 
-TSQuery* compiled(std::string_view text, const std::shared_ptr<const Grammar>& grammar) {
+TSQuery* compiled(std::string_view text, const std::shared_ptr<const Grammar>& grammar,
+                  QueryNodeTypes& nodeTypes) {
   if (text.size() > std::numeric_limits<std::uint32_t>::max())
     throw QueryError::unknownError("The text is longer than 4 GB.");
-  const QueryTextReport report = checkedQueryText(text, grammar->base());
+  QueryTextReport report = checkedQueryText(text, grammar->base());
   if (report.unsafeOffset)
     fail(TSQueryErrorStructure, *report.unsafeOffset, text, report, grammar);
   if (report.unknownFieldOffset)
@@ -64,6 +65,7 @@ TSQuery* compiled(std::string_view text, const std::shared_ptr<const Grammar>& g
                                       static_cast<std::uint32_t>(text.size()), &errorOffset, &code);
   if (!query)
     fail(code, errorOffset, text, report, grammar);
+  nodeTypes = std::move(report.nodeTypes);
   return query;
 }
 
@@ -89,7 +91,7 @@ bool takes(std::vector<P>& family, std::string_view name, QueryPredicateArgument
 } // namespace
 
 Query::Query(std::string_view text, std::shared_ptr<const Grammar> grammar)
-    : text_(text), grammar_(std::move(grammar)), base_(compiled(text_, grammar_)) {
+    : text_(text), grammar_(std::move(grammar)), base_(compiled(text_, grammar_, nodeTypes_)) {
   readCaptures();
   const std::uint32_t count = ts_query_pattern_count(base_.get());
   filterPredicates_.resize(count);

@@ -16,6 +16,7 @@
 #include "VelmarParser/Grammar/Grammar.h"
 #include "VelmarParser/Grammar/ParseNode.h"
 #include "VelmarParser/Query/QueryError.h"
+#include "VelmarParser/Query/QueryNodeTypes.h"
 #include "VelmarParser/Query/QueryPredicate.h"
 #include "VelmarParser/Query/QueryPredicates.h"
 #include "VelmarPlatform/Basics/LockedState.h"
@@ -126,6 +127,7 @@ public:
   /// Whether each pattern has one root, so that the nodes of a match all lie in one of them. Where
   /// that isn't plain, the answer is no.
   [[nodiscard]] bool hasSingleRoots() const noexcept { return hasSingleRoots_; }
+  [[nodiscard]] const QueryNodeTypes& nodeTypes() const noexcept { return nodeTypes_; }
 
 private:
   struct Deleter {
@@ -144,6 +146,7 @@ private:
 
   std::string text_;
   std::shared_ptr<const Grammar> grammar_; // outlives `base_`, which reads its tables
+  QueryNodeTypes nodeTypes_;
   std::unique_ptr<TSQuery, Deleter> base_;
   std::vector<std::string> captureNames_;
   std::vector<std::optional<LexicalSelector>> captureSelectors_;

@@ -198,12 +198,17 @@ private:
     case U'_':
       stream_.advance();
       steps_.push_back({.depth = depth, .isWildcard = true, .isImmediate = isImmediate});
+      noteRoot(depth, std::nullopt);
       return Outcome::parsed;
-    case U'"':
-      if (const auto type = stream_.string(); !type || symbolOf(*type, false) == 0)
+    case U'"': {
+      const auto type = stream_.string();
+      const TSSymbol symbol = type ? symbolOf(*type, false) : TSSymbol{0};
+      if (symbol == 0)
         return Outcome::failed;
       steps_.push_back({.depth = depth, .isImmediate = isImmediate});
+      noteRoot(depth, symbol);
       return Outcome::parsed;
+    }
     default:
       return stream_.isAtName() ? field(depth, isImmediate) : Outcome::failed;
     }
@@ -276,14 +281,28 @@ private:
 
   Outcome node(std::size_t depth, bool isImmediate) {
     Step step{.depth = depth, .isImmediate = isImmediate};
-    if (!nodeName(step))
+    std::optional<TSSymbol> type;
+    if (!nodeName(step, type))
       return Outcome::failed;
     steps_.push_back(step);
+    noteRoot(depth, type);
+    if (stream_.next() != U')')
+      note(report_.nodeTypes.parents, type);
     return children(depth);
   }
 
-  /// Reads `name`, `_`, `MISSING …` or `supertype/subtype`; false where there is an error.
-  bool nodeName(Step& step) {
+  void noteRoot(std::size_t depth, std::optional<TSSymbol> type) {
+    if (depth == 0)
+      note(report_.nodeTypes.roots, type);
+  }
+  /// Absent where it may be any.
+  static void note(NodeTypeSet& types, std::optional<TSSymbol> type) {
+    type ? types.insert(*type) : types.insertAll();
+  }
+
+  /// Reads `name`, `_`, `MISSING …` or `supertype/subtype`; false where there is an error. Leaves
+  /// `type` absent where it may be any.
+  bool nodeName(Step& step, std::optional<TSSymbol>& type) {
     if (!stream_.isAtName())
       return false;
     const std::string_view name = stream_.name();
@@ -294,7 +313,7 @@ private:
       if (stream_.isAtName()) {
         symbol = symbolOf(stream_.name(), true);
       } else if (stream_.next() == U'"') {
-        if (const auto type = stream_.string(); !type || symbolOf(*type, false) == 0)
+        if (const auto token = stream_.string(); !token || symbolOf(*token, false) == 0)
           return false;
       } else if (stream_.next() != U')') {
         return false;
@@ -313,11 +332,14 @@ private:
     step.isWildcard |= isSupertype;
     stream_.skipBlanks();
     if (stream_.skip(U'/')) {
-      if (!isSupertype || !stream_.isAtName() || symbolOf(stream_.name(), true) == 0)
+      symbol = isSupertype && stream_.isAtName() ? symbolOf(stream_.name(), true) : TSSymbol{0};
+      if (symbol == TSSymbol{0})
         return false;
       step.isWildcard = false;
       stream_.skipBlanks();
     }
+    if (!step.isWildcard)
+      type = symbol;
     return true;
   }
 

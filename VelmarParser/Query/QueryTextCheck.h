@@ -6,6 +6,8 @@
 // Query texts are files that people edit, so such a text must be an error like any other.
 #pragma once
 
+#include "VelmarParser/Query/QueryNodeTypes.h"
+
 #include <tree_sitter/api.h>
 
 #include <cstdint>
@@ -31,6 +33,9 @@ struct QueryTextReport {
   /// The offset in bytes of a field that the language doesn't have, if that is the first fault of
   /// the text.
   std::optional<std::int64_t> unknownFieldOffset;
+
+  /// Of a text without faults.
+  QueryNodeTypes nodeTypes;
 };
 
 /// Looks at a query's text before the compiler does. O(n).

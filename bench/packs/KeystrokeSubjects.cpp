@@ -5,6 +5,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace velmar::bench {
@@ -13,9 +14,12 @@ namespace {
 
 std::size_t keystrokeCount(std::int64_t length) {
   constexpr std::int64_t manyUnits = 4'000'000;
+  constexpr std::size_t fewKeys = 20;
   const char* const wanted = std::getenv("VELMAR_KEYSTROKES"); // NOLINT(concurrency-mt-unsafe)
-  const std::size_t count = wanted ? std::strtoul(wanted, nullptr, 10) : 0;
-  return length > manyUnits || count == 0 ? 20 : count;
+  std::size_t count = wanted ? std::strtoul(wanted, nullptr, 10) : 0;
+  if (count == 0)
+    count = fewKeys;
+  return length > manyUnits ? std::min(count, fewKeys) : count;
 }
 
 } // namespace

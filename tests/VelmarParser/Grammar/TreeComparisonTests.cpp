@@ -2,7 +2,7 @@
 
 #include "VelmarPlatform/Unicode/UTF.h"
 #include "tests/Support/Trees.h"
-#include "tests/VelmarParser/Grammar/ParsedSource.h"
+#include "tests/VelmarParser/Grammar/EditedSource.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ namespace velmar {
 namespace {
 
 using Places = std::vector<Range<TreeByte>>;
-using testing::ParsedSource;
+using testing::EditedSource;
 
 /// Each visible node of a tree with all that is below it, in words.
 struct NodeText {
@@ -52,34 +52,16 @@ std::string forgotten(const ParseTree& tree, const ParseTree& other, const Place
   return result;
 }
 
-/// A text that is edited and parsed again, and the tree before.
-struct EditedSource : ParsedSource {
-  EditedSource(Grammar::BuiltIn language, std::u16string_view units)
-      : ParsedSource(language, units), builtIn(language), old(ts_tree_copy(tree->base())) {}
-
-  void edit(TextRange range, std::u16string_view replacement) {
-    const Range<TextPosition> before = text.positionsOf(range);
-    text.replaceSubrange(range, replacement);
-    const std::int64_t end = range.lowerBound + static_cast<std::int64_t>(replacement.size());
-    const TSInputEdit treeEdit{.start_byte = treeByte(range.lowerBound).value,
-                               .old_end_byte = treeByte(range.upperBound).value,
-                               .new_end_byte = treeByte(end).value,
-                               .start_point = treePoint(before.lowerBound),
-                               .old_end_point = treePoint(before.upperBound),
-                               .new_end_point = treePoint(text.positionOf(end))};
-    old = std::move(*tree);
-    ts_tree_edit(old.base(), &treeEdit);
-    Parser parser("test", Grammar::fromBuiltIn(builtIn), std::make_shared<const AtomicFlag>());
-    ParseInput input(text);
-    tree = parser.parse(&old, input.input());
+/// Where each node that differs is to be looked for.
+Places placesOf(const EditedSource& source) {
+  const auto differences = differencesOf(*source.old.base(), *source.tree->base(), 1'000'000);
+  Places places;
+  for (const TreeDifference& node : differences.value().nodes) {
+    const TreeByte start = node.range.lowerBound;
+    places.push_back({start, node.hasChildren ? start : node.range.upperBound});
   }
-  [[nodiscard]] Places places() const {
-    return differencesOf(*old.base(), *tree->base(), 1'000'000).value().places;
-  }
-
-  Grammar::BuiltIn builtIn;
-  ParseTree old;
-};
+  return places;
+}
 
 struct Sample {
   const char* name;
@@ -93,7 +75,6 @@ TEST_P(SharedNodes, AreAllThatIsLeftOutAfterRandomEdits) {
   static constexpr std::u16string_view typed[] = {u"a", u"{",  u"}", u"(",    u")",  u"\"", u"'",
                                                   u";", u"/*", u" ", u"\n\n", u"<i", u"=",  u"1"};
   std::mt19937 random(5);
-  // Places that are near are joined, so there must be some that aren't.
   std::u16string text;
   for (int copy = 0; copy < 12; ++copy)
     text += GetParam().text;
@@ -105,7 +86,7 @@ TEST_P(SharedNodes, AreAllThatIsLeftOutAfterRandomEdits) {
         step % 3 == 0 ? std::min<std::int64_t>(random() % 4, count - place) : 0;
     const std::u16string before = source.text.substringFor(TextRange(0, source.text.count()));
     source.edit({place, place + length}, length > 0 ? u"" : typed[random() % std::size(typed)]);
-    const Places places = source.places();
+    const Places places = placesOf(source);
     const std::string what = "step " + std::to_string(step) + " at " + std::to_string(place) +
                              " in\n" + utf8RepairingUTF16(before);
     ASSERT_EQ(forgotten(*source.tree, source.old, places), "") << what;
@@ -145,7 +126,7 @@ TEST(TreeComparison, FindsTheFewNodesThatABraceChanges) {
   ASSERT_TRUE(source.root().hasError());
 
   std::int64_t units = 0;
-  for (const Range<TreeByte>& place : source.places())
+  for (const Range<TreeByte>& place : placesOf(source))
     units += utf16Range(place.lowerBound, place.upperBound).length();
   EXPECT_LT(units, 200);
   EXPECT_FALSE(differencesOf(*source.old.base(), *source.tree->base(), 0));

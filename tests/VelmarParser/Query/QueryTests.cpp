@@ -4,6 +4,8 @@
 #include "tests/VelmarParser/Query/QueryTesting.h"
 
 #include <array>
+#include <set>
+#include <string>
 
 namespace velmar {
 
@@ -214,6 +216,52 @@ TEST(Query, KnowsWhereItsPatternsStand) {
   EXPECT_EQ(patterns[1].byteRange(), Range<std::int64_t>(22, 39));
   EXPECT_TRUE(patterns[0].isRooted());
   EXPECT_FALSE(patterns[1].isRooted());
+}
+
+TEST(Query, KnowsTheTypesOfRootsAndParents) {
+  struct Row {
+    const char* text;
+    const char* roots;
+    const char* parents;
+  };
+  static constexpr Row rows[] = {
+      {"", "", ""},
+      {"(number) @n", "number", ""},
+      {"\"{\" @b (ERROR)+", "ERROR {", ""},
+      {"(array (number)* @n \"]\")", "array", "array"},
+      {"(object (pair key: (string) @k (#eq? @k \"a\")))", "object", "object pair"},
+      {"((array \"[\" @a) (#set! x))", "array", "array"},
+      {"[(null) (array . (_)) [\"[\" (pair !key)]]", "[ array null pair", "array pair"},
+      {"(array _)", "array", "array"},
+      {"(array (_ (number)))", "array", "*"},
+      {"_ @x", "*", ""},
+      {"(_) @x", "*", ""},
+      {"(_value) @x", "*", ""},
+      {"(_value/number) @x", "number", ""},
+      {"(MISSING number)", "number", ""},
+      {"(MISSING)", "*", ""},
+      {"; (array (number))\n(string)", "string", ""},
+  };
+  const auto grammar = Grammar::fromBuiltIn(Grammar::BuiltIn::json);
+  const auto namesIn = [&](const NodeTypeSet& types) {
+    constexpr TSSymbol noSymbol = 60'000; // is in no set but that of all
+    std::set<std::string> names;
+    for (TSSymbol type = 0; type < ts_language_symbol_count(grammar->base()); ++type) {
+      if (types.contains(type))
+        names.insert(ts_language_symbol_name(grammar->base(), type));
+    }
+    if (types.contains(ts_language_symbol_for_name(grammar->base(), "ERROR", 5, true)))
+      names.insert("ERROR");
+    std::string text;
+    for (const std::string& name : names)
+      text += (text.empty() ? "" : " ") + name;
+    return types.contains(noSymbol) ? "*" : text;
+  };
+  for (const Row& row : rows) {
+    const Query query(row.text, grammar);
+    EXPECT_EQ(namesIn(query.nodeTypes().roots), row.roots) << row.text;
+    EXPECT_EQ(namesIn(query.nodeTypes().parents), row.parents) << row.text;
+  }
 }
 
 TEST(Query, TheMatchesOfARangeTouchIt) {
