@@ -73,7 +73,12 @@ public:
   /// To the first child, around which stands `pairAround`.
   void enter(std::uint64_t childFrame, VisiblePair pairAround) {
     path_.back().childFrame = childFrame;
-    path_.push_back({.node = childrenOf(node()).front(),
+    const std::span<const Subtree> children = childrenOf(node());
+    for (const Subtree child : children) { // else the walk mostly waits for memory
+      if (!child.data.is_inline)
+        __builtin_prefetch(child.ptr);
+    }
+    path_.push_back({.node = children.front(),
                      .start = start(),
                      .distance = distance() + 1,
                      .pairAround = pairAround});
