@@ -7,7 +7,36 @@
 namespace velmar {
 namespace {
 
-using Seen = std::bitset<128>;
+/// Which rows of a record have been read. Documents mostly have all of them, in order.
+class ReadRows {
+public:
+  /// The row that most likely is next.
+  [[nodiscard]] std::size_t next() const { return next_; }
+  /// Whether the row has been read before.
+  bool add(std::size_t row) {
+    if (row == next_ && !isMixed_) [[likely]] {
+      ++next_;
+      return false;
+    }
+    for (std::size_t before = 0; before < next_ && !isMixed_; ++before)
+      rows_.set(before);
+    isMixed_ = true;
+    next_ = row + 1;
+    const bool isRepeated = rows_[row];
+    rows_.set(row);
+    return isRepeated;
+  }
+  [[nodiscard]] bool contains(std::size_t row) const {
+    return isMixed_ ? rows_.test(row) : row < next_;
+  }
+  /// Whether `count` rows are all there; where they came in another order, this may say no.
+  [[nodiscard]] bool areSurelyAll(std::size_t count) const { return next_ == count && !isMixed_; }
+
+private:
+  std::size_t next_ = 0; // in front of it all have been read, unless they are mixed
+  bool isMixed_ = false;
+  std::bitset<128> rows_; // if they are
+};
 
 bool hasKey(const FieldRow& row) {
   return row.presence <= Presence::writtenAsNull;
@@ -74,12 +103,13 @@ inline bool decodeMember(const Decoder& from, void* record, const FieldRow& row,
 }
 
 /// What has no key of its own, and what is missing.
-bool decodeTheRest(Decoder from, void* record, std::span<const FieldRow> rows, const Seen& seen) {
+bool decodeTheRest(Decoder from, void* record, std::span<const FieldRow> rows,
+                   const ReadRows& read) {
   for (std::size_t i = 0; i < rows.size(); ++i) {
     if (rows[i].presence == Presence::flattened) {
       if (!rows[i].coding->decode(from, rows[i].locate(record)))
         return false;
-    } else if (rows[i].presence == Presence::required && !seen.test(i)) {
+    } else if (rows[i].presence == Presence::required && !read.contains(i)) {
       return from.failForMissingKey(rows[i].key);
     }
   }
@@ -120,22 +150,17 @@ bool isWhole(std::span<const FieldRow> rows) {
 bool decodeRecord(Decoder from, void* record, std::span<const FieldRow> rows) {
   if (isWhole(rows))
     return rows.front().coding->decode(from, rows.front().locate(record));
-  Seen seen;
-  std::size_t unseen = rows.size();
-  std::size_t expected = 0;
+  ReadRows read;
   const bool keepsKeys = from.keys().keepsKeys();
   const bool isRead = from.forEachMember([&](std::string_view key, Decoder member) {
     const std::size_t at =
-        keepsKeys ? find(rows, key, expected) : findConverted(rows, key, expected, from);
+        keepsKeys ? find(rows, key, read.next()) : findConverted(rows, key, read.next(), from);
     if (at == rows.size())
       return true;
-    expected = at + 1;
-    const bool isRepeated = seen[at];
-    seen[at] = true;
-    unseen -= isRepeated ? 0 : 1;
+    const bool isRepeated = read.add(at);
     return decodeMember(member, record, rows[at], isRepeated);
   });
-  return isRead && (unseen == 0 || decodeTheRest(from, record, rows, seen));
+  return isRead && (read.areSurelyAll(rows.size()) || decodeTheRest(from, record, rows, read));
 }
 
 void encodeRecord(const void* record, std::span<const FieldRow> rows, Encoder& into) {

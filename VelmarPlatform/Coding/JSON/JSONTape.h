@@ -5,8 +5,9 @@
 //     CodedChildren walk = tape.children(tape.root());
 //
 // The document becomes one flat row of words. It takes at most 4 bytes for each byte of the text,
-// in one allocation; while the text is parsed, 2 KB more. What stands in the text without escapes
-// is read from there: nothing is copied. Keys keep their order, and repeated ones are all there.
+// in one allocation, and so does its parse. That allocation has room for 2 KB more, which only a
+// text writes to that is refused in the end: brackets that are never closed take more words. What
+// stands in the text without escapes is read from there: nothing is copied. Keys keep their order, and repeated ones are all there.
 //
 // Integers are exact from -2^63 to 2^64-1 and doubles beyond; "-0" is the double. A number that is
 // too large for a double is refused, one that is too small is zero. Bad UTF-8 is refused; half a

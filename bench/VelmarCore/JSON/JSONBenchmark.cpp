@@ -130,7 +130,7 @@ template <class Record>
 bool registerPairs(const std::string& document) {
   registerPair({"json/tape/" + document + "/bytes", 0, readBytes<Record>, parse<Record>});
   registerPair(
-      {"json/sorted/" + document + "/unsorted", 3.5, encode<Record>, encodeSorted<Record>});
+      {"json/sorted/" + document + "/unsorted", 2.5, encode<Record>, encodeSorted<Record>});
 #ifdef VELMAR_RIVAL_RAPIDJSON
   registerPair(
       {"json/tape/" + document + "/rapidjson", 0.5, parseRapidJSON<Record>, parse<Record>});

@@ -155,6 +155,63 @@ TEST(Record, ReadsNullUnknownAndRepeatedKeys) {
   EXPECT_EQ(read.anchor, (Point{1, 9}));
 }
 
+struct Four {
+  std::int64_t a = -1;
+  std::optional<std::int64_t> b;
+  std::vector<std::int64_t> c;
+  std::int64_t d = -1;
+  bool operator==(const Four&) const = default;
+  static std::span<const FieldRow> rows() {
+    static constexpr auto table = rowsOf<Four>(row<&Four::a>("a"), row<&Four::b>("b"),
+                                               row<&Four::c>("c").orDefault(), row<&Four::d>("d"));
+    return table;
+  }
+};
+
+TEST(Record, OfRepeatedKeysTheLastCountsInWhateverOrderTheyStand) {
+  constexpr int longest = 6;
+  constexpr std::string_view keys = "abcdx";
+  std::vector<std::string> orders = {""};
+  for (std::size_t next = 0; next < orders.size(); ++next) {
+    const std::string order = orders[next];
+    Four expected;
+    std::string text;
+    for (std::size_t at = 0; at < order.size(); ++at) {
+      const auto value = static_cast<std::int64_t>(at);
+      switch (order[at]) {
+      case 'a':
+        expected.a = value;
+        break;
+      case 'b':
+        expected.b = value;
+        break;
+      case 'c':
+        expected.c = {value};
+        break;
+      case 'd':
+        expected.d = value;
+        break;
+      default:
+        break;
+      }
+      const std::string written = std::to_string(at);
+      text += (at == 0 ? "\"" : ",\"") + std::string(1, order[at]) +
+              "\":" + (order[at] == 'c' ? "[" + written + "]" : written);
+    }
+    if (order.size() < longest)
+      for (const char key : keys)
+        orders.push_back(order + key);
+    std::optional<Four> read;
+    try {
+      read = JSONDecoder().decode<Four>("{" + text + "}");
+    } catch (const DecodingError& error) {
+      EXPECT_EQ(error.kind(), DecodingErrorKind::keyNotFound);
+    }
+    ASSERT_EQ(read, expected.a < 0 || expected.d < 0 ? std::nullopt : std::optional(expected))
+        << order;
+  }
+}
+
 struct FailureCase {
   const char* name;
   std::string text;
