@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <fmt/format.h>
 
 namespace velmar::host {
@@ -32,10 +33,12 @@ SocketAddress addressToListenAt(const NetworkEndpoint& endpoint) {
       endpoint.value());
 }
 
-/// The stream to the first who connects.
-Task<std::shared_ptr<StreamingIO>> acceptOne(SocketAddress address) {
-  ListeningSocket listener(address);
+/// The stream to the first who connects. Nobody else can, so a socket's file goes then.
+Task<std::shared_ptr<StreamingIO>> acceptOne(NetworkEndpoint endpoint) {
+  ListeningSocket listener(addressToListenAt(endpoint));
   const auto socket = co_await listener.accept();
+  if (const auto* file = std::get_if<NetworkEndpoint::UnixSocket>(&endpoint.value()))
+    std::remove(file->path.string().c_str());
   co_return StreamingIO::subprocess(AsyncBytes(socket), InputWriter(socket));
 }
 
@@ -45,7 +48,7 @@ template <class Peer>
 void runPeerOn(std::optional<std::string_view> endpoint, Peer peer) {
   const auto whole = [&]() -> Task<void> {
     if (endpoint)
-      co_await peer(co_await acceptOne(addressToListenAt(endpointFromText(*endpoint))));
+      co_await peer(co_await acceptOne(endpointFromText(*endpoint)));
     else
       co_await peer(StreamingIO::standardIO());
   };

@@ -9,6 +9,8 @@
 #include "VelmarPlatform/Unicode/UTF.h"
 #include "host/RPCConversation.h"
 
+#include <algorithm>
+#include <csignal>
 #include <fmt/format.h>
 #include <fstream>
 #include <mutex>
@@ -87,10 +89,18 @@ std::optional<Number> numberOf(const Arguments& arguments, std::string_view opti
   return number;
 }
 
+/// Ends a peer that stays though nobody talks to it any more.
+Task<void> tellToGo(Subprocess::Execution child, std::chrono::seconds patience) {
+  for (const int signal : {SIGTERM, SIGKILL}) {
+    co_await monotonicClock().sleepFor(patience);
+    child.sendSignal(signal);
+  }
+}
+
 /// Calls `talk(stream)`, which gives a Task<bool>, with a stream to the peer that the command line
-/// names.
+/// names. A program has `patience` to end behind that, and to end when it is told to.
 template <class Talk>
-Task<bool> withPeer(const Arguments* arguments, Talk talk) {
+Task<bool> withPeer(const Arguments* arguments, std::chrono::seconds patience, Talk talk) {
   if (const auto place = arguments->valueOf("--connect")) {
     auto connection = co_await connectTo(endpointFromText(*place));
     const bool isFine = co_await talk(connection);
@@ -98,15 +108,17 @@ Task<bool> withPeer(const Arguments* arguments, Talk talk) {
     co_return isFine;
   }
   const std::vector<std::string>& words = arguments->operands;
+  TaskScope scope;
   const auto ended = co_await Subprocess::run(
       {.executable = Subprocess::Executable::name(words.front()),
        .arguments = {words.begin() + 1, words.end()},
        .environment = SubprocessEnvironment::inherited()},
       {.error = Subprocess::Connection::inherited},
-      [&talk](Subprocess::Execution& child) -> Task<bool> {
+      [&](Subprocess::Execution& child) -> Task<bool> {
         const bool isFine =
             co_await talk(StreamingIO::subprocess(child.standardOutput(), child.standardInput()));
         child.standardInput().finish();
+        scope.spawn([child, patience] { return tellToGo(child, patience); });
         co_return isFine;
       });
   co_return ended.value;
@@ -129,21 +141,22 @@ void run(const Arguments& arguments, Streams& streams) {
   if (arguments.has("--stdio") == arguments.operands.empty())
     throw UsageError(arguments.has("--stdio") ? "“--stdio” needs a command."
                                               : "“--connect” takes no command.");
-  const auto seconds = numberOf<std::int64_t>(arguments, "--timeout").value_or(30);
+  const std::chrono::seconds timeout(numberOf<std::int64_t>(arguments, "--timeout").value_or(30));
   const auto count = numberOf<std::int64_t>(arguments, "--flood");
   const auto record = arguments.valueOf("--record");
   Printer printer(streams);
   RPCConversation conversation{.nextLine = count ? nullptr : linesOf(streams),
                                .print = [&](const std::string& line) { printer.print(line); },
                                .complain = [&](const std::string& line) { printer.complain(line); },
-                               .timeout = std::chrono::seconds(seconds)};
+                               .timeout = timeout};
   const auto talk = [&](std::shared_ptr<StreamingIO> stream) -> Task<bool> {
     if (record)
       stream = recordTo(std::string(*record), std::move(stream));
     return count ? floodAndReport(std::move(stream), *count, &printer)
                  : converse(std::move(stream), conversation);
   };
-  if (!mainExecutor().run([&] { return withPeer(&arguments, talk); }))
+  const auto patience = std::min(timeout, std::chrono::seconds(5));
+  if (!mainExecutor().run([&] { return withPeer(&arguments, patience, talk); }))
     throw ProgramExit{static_cast<int>(ExitCode::unusableInput)};
 }
 

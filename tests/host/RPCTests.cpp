@@ -175,6 +175,14 @@ TEST(RPC, SendsLinesAndRecords) {
               HasSubstr(R"({"jsonrpc":"2.0","method":"hello"})"));
 }
 
+TEST(RPC, LeavesNoPeerThatStays) {
+  const auto result = runHost({"rpc", "--stdio", "--timeout", "1", "--", "sh", "-c",
+                               "trap '' TERM; while :; do sleep 1000; done"},
+                              {.standardInput = "hello\n"});
+  EXPECT_EQ(result.errors, "No answer came within 1 s.\n");
+  EXPECT_EQ(result.exitCode, 1);
+}
+
 /// All that was sent, in one piece.
 std::string sentIn(const std::string& record) {
   std::string sent;
