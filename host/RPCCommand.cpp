@@ -173,7 +173,8 @@ Command rpcCommand() {
           "follows when the response is there. Results are printed as JSON, a line each, what the "
           "peer notifies of behind “←”. Messages are framed as language servers do. A PLACE is "
           "unix:PATH or HOST:PORT. If the session ends on something that can’t be read, the bytes "
-          "around it are shown, and the exit code is 1, as it is for a request that failed.",
+          "around it are shown, and the exit code is 1, as it is for a request that failed. A "
+          "program that stays when its input has ended is told to go five seconds later.",
       .options = {{"--stdio", "", "Start COMMAND and talk over its standard input and output."},
                   {"--connect", "PLACE", "Connect to a socket."},
                   {"--record", "FILE", "Write what goes over the wire to FILE, for “velmar play”."},
