@@ -89,6 +89,8 @@ public:
   /// Turns the clock on and wakes who is due. Those go on on their executors, after this has
   /// returned or meanwhile.
   void advance(Duration duration) noexcept;
+  /// When the first who sleeps is due; absent if nobody sleeps.
+  using Clock::earliestDeadline;
 
 private:
   mutable std::mutex nowMutex_;
