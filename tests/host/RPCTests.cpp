@@ -1,8 +1,10 @@
 #include "RunHost.h"
 #include "TemporaryFolder.h"
+#include "VelmarCore/Network/NetworkConnection.h"
 #include "VelmarCore/Network/StreamRecord.h"
 #include "VelmarPlatform/Concurrency/MainExecutor.h"
 #include "VelmarPlatform/Concurrency/Socket.h"
+#include "VelmarPlatform/Process/Subprocess.h"
 #include "cmake/SourceTree.h"
 #include "host/PeerFaults.h"
 #include "host/RPCConversation.h"
@@ -11,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 #include <mutex>
 #include <sstream>
@@ -181,6 +184,27 @@ TEST(RPC, LeavesNoPeerThatStays) {
                               {.standardInput = "hello\n"});
   EXPECT_EQ(result.errors, "No answer came within 1 s.\n");
   EXPECT_EQ(result.exitCode, 1);
+}
+
+TEST(RPC, APeerLeavesNoSocketBehind) {
+  const TemporaryFolder folder;
+  const FilePath path(folder.path + "/socket");
+  for (int round = 0; round < 2; ++round) {
+    const auto peer = spawn([&] {
+      return Subprocess::run({.executable = Subprocess::Executable::path(FilePath(VELMAR_PROGRAM)),
+                              .arguments = {"peer", "echo", "--listen", "unix:" + path.string()}});
+    });
+    mainExecutor()
+        .run([&] {
+          return connectTo(NetworkEndpoint::unixSocket(path),
+                           {.attempts = Attempts::retry(600, 100ms)});
+        })
+        ->cancel();
+    const auto result = mainExecutor().run([&] { return peer.value(); });
+    EXPECT_EQ(result.standardError, "");
+    EXPECT_EQ(result.status, TerminationStatus::exited(0));
+    EXPECT_FALSE(std::filesystem::exists(path.string()));
+  }
 }
 
 /// All that was sent, in one piece.
