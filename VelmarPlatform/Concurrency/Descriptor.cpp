@@ -242,10 +242,10 @@ Task<void> AsyncDescriptor::writeFrom(std::span<const std::byte> bytes) {
   return writeFromImpl(shared_from_this(), bytes);
 }
 Task<void> AsyncDescriptor::waitUntilReadable() {
-  return waitImpl(shared_from_this(), detail::Direction::reading);
+  return waitUntilReady(shared_from_this(), detail::Direction::reading);
 }
 Task<void> AsyncDescriptor::waitUntilWritable() {
-  return waitImpl(shared_from_this(), detail::Direction::writing);
+  return waitUntilReady(shared_from_this(), detail::Direction::writing);
 }
 
 Task<std::int64_t> AsyncDescriptor::perform(detail::Direction direction, std::string failure,
@@ -336,6 +336,22 @@ Task<void> AsyncDescriptor::waitImpl(std::shared_ptr<AsyncDescriptor> self,
     throw CancellationError();
   if (self->state_->isClosed())
     fail("The descriptor was closed", ECANCELED);
+}
+
+// The reactor may still hold an event of a descriptor that was closed, and give it to the next one.
+Task<void> AsyncDescriptor::waitUntilReady(std::shared_ptr<AsyncDescriptor> self,
+                                           detail::Direction direction) {
+  const Use use(*self->state_);
+  do
+    co_await waitImpl(self, direction);
+  while (!self->isReady(direction));
+}
+
+bool AsyncDescriptor::isReady(detail::Direction direction) const noexcept {
+  const bool isReading = direction == detail::Direction::reading;
+  pollfd question{
+      .fd = descriptor_, .events = static_cast<short>(isReading ? POLLIN : POLLOUT), .revents = 0};
+  return (isReading && state_->isReadingEnded()) || ::poll(&question, 1, 0) != 0;
 }
 
 } // namespace velmar

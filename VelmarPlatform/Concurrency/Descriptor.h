@@ -102,7 +102,11 @@ private:
   static Task<std::int64_t> performImpl(std::shared_ptr<AsyncDescriptor> self,
                                         detail::Direction direction, std::string failure,
                                         std::function<std::int64_t(int)> attempt);
+  /// May come back without a reason: for those who try again.
   static Task<void> waitImpl(std::shared_ptr<AsyncDescriptor> self, detail::Direction direction);
+  static Task<void> waitUntilReady(std::shared_ptr<AsyncDescriptor> self,
+                                   detail::Direction direction);
+  [[nodiscard]] bool isReady(detail::Direction direction) const noexcept;
 
   const int descriptor_;
   const bool isSocket_;

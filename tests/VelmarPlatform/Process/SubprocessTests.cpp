@@ -422,6 +422,24 @@ TEST(Subprocess, OutputOfAGrandchildIsReadForABoundedTimeAndItIsKilledThen) {
   testing_support::runUntil([&] { return !testing_support::isAlive(grandchild); });
 }
 
+TEST(Subprocess, NobodyWhoIsCancelledWaitsForTheOutputOfAGrandchild) {
+  ManualClock clock;
+  auto configuration = shell("sleep 1000 & echo $!");
+  configuration.platformOptions.clock = &clock;
+  std::atomic<pid_t> grandchild = 0;
+  auto handle = spawn([&] {
+    return Subprocess::run(configuration, {}, [&](Execution& child) -> Task<void> {
+      AsyncLines lines = child.standardOutput().lines();
+      while (auto line = co_await lines.next())
+        grandchild = std::stoi(*line);
+    });
+  });
+  testing_support::runUntil([&] { return grandchild != 0 && clock.sleeperCount() == 1; });
+  handle.cancel();
+  testing_support::runUntil([&] { return handle.isFinished(); });
+  testing_support::runUntil([&] { return !testing_support::isAlive(grandchild); });
+}
+
 TEST(Subprocess, AProcessOfASessionOfItsOwnThatHoldsThePipeHoldsUpNobody) {
   ManualClock clock;
   const TemporaryFolder folder;
