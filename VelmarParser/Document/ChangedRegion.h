@@ -8,10 +8,12 @@
 
 #include "VelmarParser/Document/LayerChange.h"
 #include "VelmarParser/Query/QueryMatch.h"
+#include "VelmarParser/Query/SearchRoots.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -26,38 +28,87 @@ struct RegionPart {
 
 /// Whether so much of a text of `count` units is dirty that asking about it costs more than asking
 /// the new tree about everything: a quote can change all that follows.
-[[nodiscard]] inline bool isMostlyDirty(const Query& query, const DirtyPlaces& dirty,
+[[nodiscard]] inline bool isMostlyDirty(const Query& query, const TextRangeSet& dirty,
                                         std::int64_t count) {
+  constexpr std::size_t fewRanges = 64;
+  constexpr std::int64_t costOfRange = 64; // as many units cost as much to ask about
   std::int64_t units = 0;
-  for (const TextRange& range : dirty.ranges.ranges())
+  if (dirty.ranges().size() > fewRanges)
+    units = costOfRange * static_cast<std::int64_t>(dirty.ranges().size());
+  for (const TextRange& range : dirty.ranges())
     units += range.length();
-  constexpr std::int64_t littleCost = 4'096;
-  if (dirty.costOfSearch > littleCost)
-    units += dirty.costOfSearch;
   // Where each pattern has one root, the old tree needn't be asked about all of it, too.
   return units > (query.hasSingleRoots() ? count - count / 8 : count / 3);
 }
 
-/// Where `query` may find other things than before, to begin with.
+/// A range of a layer to ask a query about.
+struct AskedRange {
+  TextRange range;
+  /// What of it lies in the tree.
+  TextRange searched;
+  /// Where to search there; none if nothing can be found.
+  std::span<const ParseNode> roots;
+
+  /// Everything below `root`, which must outlive this.
+  [[nodiscard]] static AskedRange all(const ParseNode& root) {
+    const TextRange range = root.utf16Range();
+    return {range, range, {&root, range.isEmpty() ? 0U : 1U}};
+  }
+};
+
+/// Asks a query about ranges of a tree, in text order as far as can be.
+class PiecewiseSearch {
+public:
+  /// The query and the tree must outlive this.
+  PiecewiseSearch(const Query& query, ParseNode root) noexcept
+      : roots_(query, root), whole_(root.utf16Range()) {}
+
+  /// Good until the next call.
+  [[nodiscard]] AskedRange at(TextRange range) {
+    const TextRange searched = range.intersection(whole_).value_or(TextRange(0, 0));
+    if (searched.isEmpty())
+      return {range, searched, {}};
+    return {range, searched,
+            roots_.around({treeByte(searched.lowerBound), treeByte(searched.upperBound)})};
+  }
+
+  /// Whether it takes longer to find the ranges in the tree than to go through all `count` units.
+  [[nodiscard]] bool goesTooFar(std::int64_t count) const noexcept {
+    constexpr std::int64_t littleWay = 2'048;
+    return roots_.passedCount() > std::max(littleWay, count / 4);
+  }
+
+private:
+  SearchRoots roots_;
+  TextRange whole_;
+};
+
+/// Where `query` may find other things than before, to begin with; absent where everything is to be
+/// asked.
 ///
 /// A match of the old tree may have lost its predicates' favour, and nobody can ask these again:
 /// the text that they saw is gone. So all that the old matches captured counts. What lies in a
 /// dirty range does anyway; a match that captured something elsewhere as well has a root that
 /// reaches out of it, so that it is enough to ask at its ends, unless a pattern has several roots.
 /// If the new tree has the same nodes it has the same matches, too, and ChangedMatches sees these.
-[[nodiscard]] inline TextRangeSet regionToAsk(const Query& query, const LayerChange& change,
-                                              const DirtyPlaces& dirty, std::int64_t count) {
-  TextRangeSet region = dirty.ranges;
-  const ParseNode old = change.old()->rootNode();
+[[nodiscard]] inline std::optional<TextRangeSet>
+regionToAsk(const Query& query, const LayerChange& change, std::int64_t count) {
+  DirtyPlaces dirty = change.dirtyFor(query);
+  if (isMostlyDirty(query, dirty.ranges, count))
+    return std::nullopt;
+  TextRangeSet region = std::move(dirty.ranges);
+  PiecewiseSearch search(query, change.old()->rootNode());
   for (const TextRange& end : dirty.ends.ranges()) {
     if (change.hasSameNodes())
       break;
-    const auto range = end.intersection(old.utf16Range());
-    if (!range || range->isEmpty())
-      continue;
-    for (const Query::Match& match : query.matchesStartingAt(old, *range)) {
-      for (const auto& capture : match.captures())
-        region.insertContentsOf(capture.node().utf16Range());
+    const AskedRange asked = search.at(end);
+    if (search.goesTooFar(count))
+      return std::nullopt;
+    for (const ParseNode& root : asked.roots) {
+      for (const Query::Match& match : query.matchesStartingAt(root, asked.searched)) {
+        for (const auto& capture : match.captures())
+          region.insertContentsOf(capture.node().utf16Range());
+      }
     }
   }
   region.formIntersection(TextRangeSet({0, count}));
@@ -104,9 +155,14 @@ private:
 /// Grows `region` by what `find(range, found, region)` finds, and by what that adds itself, until
 /// nothing reaches out of its range. A match that lies elsewhere is found again there, beside all
 /// others of that place, since their order can matter. Absent where `find` gives false or where
-/// asking piece by piece isn't worth it: then the whole layer is to be asked.
+/// asking piece by piece isn't worth it, also if there is no region: then the whole layer is to be
+/// asked.
 template <class Found, class Find>
-[[nodiscard]] std::optional<std::vector<RegionPart<Found>>> settle(TextRangeSet region, Find find) {
+[[nodiscard]] std::optional<std::vector<RegionPart<Found>>>
+settle(std::optional<TextRangeSet> initial, Find find) {
+  if (!initial)
+    return std::nullopt;
+  TextRangeSet region = std::move(*initial);
   const std::size_t mostRanges = 32 + 2 * region.ranges().size();
   constexpr int mostRounds = 16;
   std::vector<RegionPart<Found>> before;

@@ -9,6 +9,7 @@
 
 namespace velmar {
 
+using detail::AskedRange;
 using detail::ChangedMatches;
 using detail::InjectionPoint;
 using detail::LayerImpl;
@@ -111,53 +112,53 @@ TSRange detail::treeRange(TextRange range, const DocumentText& text) {
 }
 
 bool Parse::findInjections(const LayerImpl& layer, RegularExpressionPass& pass,
-                           const std::shared_ptr<const Query>& query, TextRange range,
+                           const std::shared_ptr<const Query>& query, const AskedRange& asked,
                            ChangedMatches changed, std::vector<InjectionPoint>& points) const {
-  const ParseNode root = layer.rootNode();
-  const auto searched = range.intersection(root.utf16Range());
-  if (!searched)
-    return true;
-  const QueryMatches matches =
-      QueryMatches(query, root, *searched, lines_, {}, &pass).seenBy(changed);
-  auto found = matches.begin();
-  for (; found != matches.end(); ++found) {
-    const Metadata metadata(found->metadata);
-    const InjectionCaptures captures(found->base);
-    TextRangeSet content = captures.content();
-    content.formIntersection(layer.ranges);
-    const auto hull = [](const TextRangeSet& set) {
-      return TextRange(set.ranges().front().lowerBound, set.ranges().back().upperBound);
-    };
-    if (content.isEmpty() || !changed.matters(hull(content), range))
-      continue;
+  for (const ParseNode& root : asked.roots) {
+    const QueryMatches matches =
+        QueryMatches(query, root, asked.searched, lines_, {}, &pass).seenBy(changed);
+    auto found = matches.begin();
+    for (; found != matches.end(); ++found) {
+      const Metadata metadata(found->metadata);
+      const InjectionCaptures captures(found->base);
+      TextRangeSet content = captures.content();
+      content.formIntersection(layer.ranges);
+      const auto hull = [](const TextRangeSet& set) {
+        return TextRange(set.ranges().front().lowerBound, set.ranges().back().upperBound);
+      };
+      if (content.isEmpty() || !changed.matters(hull(content), asked.range))
+        continue;
 
-    InjectedLanguage language(metadata, layer);
-    std::optional<TextRange> nameRange;
-    if (!language.name && captures.languageNode) {
-      language.name = utf8RepairingUTF16(lines_.substringFor(*captures.languageNode));
-      nameRange = captures.languageNode;
-    }
-    if (!language.configuration && language.name) {
-      language.configuration = withErrorHandling(
-          [] { return "injections"; }, layer.configuration,
-          [&] { return layer.configuration.injectionConfigurationMatching(*language.name); });
-    }
-    if (!language.configuration)
-      continue;
+      InjectedLanguage language(metadata, layer);
+      std::optional<TextRange> nameRange;
+      if (!language.name && captures.languageNode) {
+        language.name = utf8RepairingUTF16(lines_.substringFor(*captures.languageNode));
+        nameRange = captures.languageNode;
+      }
+      if (!language.configuration && language.name) {
+        language.configuration = withErrorHandling(
+            [] { return "injections"; }, layer.configuration,
+            [&] { return layer.configuration.injectionConfigurationMatching(*language.name); });
+      }
+      if (!language.configuration)
+        continue;
 
-    // A language that injects itself over all of itself would never end.
-    if (language.configuration->id() == layer.configuration.id() &&
-        hull(content) == hull(layer.ranges))
-      continue;
-    const TextRange whole = hull(content);
-    points.push_back({.range = whole,
-                      .contentRanges = std::move(content),
-                      .languageNameRange = nameRange,
-                      .configuration = std::move(*language.configuration),
-                      .isCombined = metadata.isSet(InjectionMetadata::combined),
-                      .resetsHighlights = metadata.isSet(InjectionMetadata::reset)});
+      // A language that injects itself over all of itself would never end.
+      if (language.configuration->id() == layer.configuration.id() &&
+          hull(content) == hull(layer.ranges))
+        continue;
+      const TextRange whole = hull(content);
+      points.push_back({.range = whole,
+                        .contentRanges = std::move(content),
+                        .languageNameRange = nameRange,
+                        .configuration = std::move(*language.configuration),
+                        .isCombined = metadata.isSet(InjectionMetadata::combined),
+                        .resetsHighlights = metadata.isSet(InjectionMetadata::reset)});
+    }
+    if (found.hasDroppedMatches())
+      return false;
   }
-  return !found.hasDroppedMatches();
+  return true;
 }
 
 } // namespace velmar

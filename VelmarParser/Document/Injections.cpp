@@ -91,10 +91,8 @@ TextRangeSet Parse::parseInjections(const LayerPtr& layer, const LayerEdit& edit
     return {};
   }
   if (change.old() && layer->settled && !query->asksForSurroundings()) {
-    const detail::DirtyPlaces dirty = change.dirtyFor(*query);
-    if (!detail::isMostlyDirty(*query, dirty, lines_.count())) {
-      const TextRangeSet region = detail::regionToAsk(*query, change, dirty, lines_.count());
-      if (const auto parts = changedInjections(*layer, edit, change, query, region))
+    if (const auto region = detail::regionToAsk(*query, change, lines_.count())) {
+      if (const auto parts = changedInjections(*layer, edit, change, query, *region))
         return parseInjectionsIn(*parts, layer, edit);
     }
   }
@@ -105,8 +103,9 @@ TextRangeSet Parse::parseAllInjections(const LayerPtr& layer, const LayerEdit& e
                                        const std::shared_ptr<const Query>& query) {
   const std::int64_t errorsBefore = errorCount_;
   std::vector<InjectionPoint> points;
+  const ParseNode root = layer->rootNode();
   const bool isComplete =
-      findInjections(*layer, *edit.pass, query, layer->rootNode().utf16Range(), {}, points);
+      findInjections(*layer, *edit.pass, query, detail::AskedRange::all(root), {}, points);
   sortBy(points, &InjectionPoint::range);
 
   const std::vector<MovedSublayer> old = movedSublayers(std::exchange(layer->sublayers, {}), edit);
@@ -246,11 +245,14 @@ Parse::changedInjections(LayerImpl& layer, const LayerEdit& edit, const LayerCha
   // What goes wrong here is told when all injections are gone through.
   const std::int64_t errorsBefore = errorCount_;
   hidesErrors_ = true;
+  detail::PiecewiseSearch search(*query, layer.rootNode());
   auto parts = detail::settle<InjectionPoint>(
       std::move(region),
       [&](TextRange range, std::vector<InjectionPoint>& found, TextRangeSet& asked) {
         insertPlacesIn(range, asked);
-        return findInjections(layer, *edit.pass, query, range, {change, asked}, found);
+        const detail::AskedRange place = search.at(range);
+        return !search.goesTooFar(lines_.count()) &&
+               findInjections(layer, *edit.pass, query, place, {change, asked}, found);
       });
   hidesErrors_ = false;
   if (!parts || errorCount_ != errorsBefore)

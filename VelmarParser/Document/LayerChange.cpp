@@ -38,14 +38,13 @@ class DirtyCollector {
 public:
   explicit DirtyCollector(DirtyPlaces& places) : places_(places) {}
 
-  void add(TextRange range, bool reachesOut, const TreeDifference& node) {
+  void add(TextRange range, bool reachesOut) {
     constexpr std::int64_t smallGap = 256;
     if (!last_ || range.lowerBound < last_->lowerBound ||
         range.lowerBound > last_->upperBound + smallGap) {
       finish();
       last_ = range;
       reachesOut_ = false;
-      first_ = &node;
     }
     last_.emplace(last_->lowerBound, std::max(last_->upperBound, range.upperBound));
     reachesOut_ |= reachesOut;
@@ -56,24 +55,15 @@ public:
     if (!last_)
       return;
     places_.ranges.insertContentsOf(*last_);
-    places_.costOfSearch += costOf(first_->distanceInNew);
-    if (reachesOut_) {
+    if (reachesOut_)
       insertEndsOf(*last_, places_.ends);
-      places_.costOfSearch += costOf(first_->distanceInOld);
-    }
     last_.reset();
   }
 
 private:
-  static std::int64_t costOf(std::uint32_t distance) {
-    constexpr std::int64_t costOfRange = 64;
-    return costOfRange + 2 * std::int64_t{distance};
-  }
-
   DirtyPlaces& places_;
   std::optional<TextRange> last_;
   bool reachesOut_ = false;
-  const TreeDifference* first_ = nullptr;
 };
 
 } // namespace
@@ -137,7 +127,7 @@ void LayerChange::addDifferences(const Query& query, DirtyPlaces& dirty) const {
     const bool countsWhole =
         isWholeMatch || !node.hasChildren || node.type == TreeDifference::anyType;
     const auto [start, end] = utf16Range(node.range.lowerBound, node.range.upperBound);
-    collector.add(around(start, countsWhole ? end : start), reachesOut, node);
+    collector.add(around(start, countsWhole ? end : start), reachesOut);
   }
   collector.finish();
 }

@@ -18,8 +18,6 @@ struct DirtyPlaces {
   TextRangeSet ranges;
   /// Parts of them, touched by each match of the old tree that captured something outside.
   TextRangeSet ends;
-  /// What it costs to find all of this in the trees, in code units that cost as much to ask about.
-  std::int64_t costOfSearch = 0;
 };
 
 /// For one layer and one edit.

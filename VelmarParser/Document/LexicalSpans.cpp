@@ -11,10 +11,12 @@
 
 namespace velmar {
 
+using detail::AskedRange;
 using detail::ChangedMatches;
 using detail::LayerChange;
 using detail::LayerEdit;
 using detail::LayerImpl;
+using detail::PiecewiseSearch;
 using detail::regionToAsk;
 using detail::settle;
 
@@ -28,23 +30,25 @@ struct ClassifiedRange {
 /// The captures in a part of a layer that are to be laid down. Leaves out those elsewhere that
 /// can't have changed. Gives false if matches were dropped because too many were in progress; what
 /// is found then depends on where the search began.
-bool findClassified(const std::shared_ptr<const Query>& query, ParseNode root, TextRange range,
+bool findClassified(const std::shared_ptr<const Query>& query, const AskedRange& asked,
                     const DocumentText& text, RegularExpressionPass* pass, ChangedMatches& changed,
                     std::vector<ClassifiedRange>& found) {
-  const auto searched = range.intersection(root.utf16Range());
-  if (!searched || searched->isEmpty())
-    return true;
-  const QueryMatches matches = QueryMatches(query, root, *searched, text, {}, pass).seenBy(changed);
-  auto match = matches.begin();
-  for (; match != matches.end(); ++match) {
-    for (const auto& capture : match->captures()) {
-      const auto& selector = capture.selector();
-      if (selector && selector->lexicalClass() &&
-          changed.matters(capture.node().utf16Range(), range))
-        found.push_back({capture.node().utf16Range(), *selector->lexicalClass()});
+  for (const ParseNode& root : asked.roots) {
+    const QueryMatches matches =
+        QueryMatches(query, root, asked.searched, text, {}, pass).seenBy(changed);
+    auto match = matches.begin();
+    for (; match != matches.end(); ++match) {
+      for (const auto& capture : match->captures()) {
+        const auto& selector = capture.selector();
+        if (selector && selector->lexicalClass() &&
+            changed.matters(capture.node().utf16Range(), asked.range))
+          found.push_back({capture.node().utf16Range(), *selector->lexicalClass()});
+      }
     }
+    if (match.hasDroppedMatches())
+      return false;
   }
-  return !match.hasDroppedMatches();
+  return true;
 }
 
 /// The spans of `range` when `found`, all of which lie in it, are laid over each other in the order
@@ -76,19 +80,19 @@ void Parse::updateLexicalSpans(LayerImpl& layer, const LayerEdit& edit, const La
     return;
   }
 
-  const auto find = [&](TextRange range, ChangedMatches changed,
+  const ParseNode root = layer.rootNode();
+  const auto find = [&](const AskedRange& asked, ChangedMatches changed,
                         std::vector<ClassifiedRange>& found) {
-    return findClassified(query, layer.rootNode(), range, lines_, edit.pass, changed, found);
+    return findClassified(query, asked, lines_, edit.pass, changed, found);
   };
-  const auto dirty = change.old() && layer.spansArePiecewise
-                         ? std::optional(change.dirtyFor(*query))
-                         : std::nullopt;
-  if (dirty && !detail::isMostlyDirty(*query, *dirty, lines_.count())) {
-    const auto parts =
-        settle<ClassifiedRange>(regionToAsk(*query, change, *dirty, lines_.count()),
-                                [&](TextRange range, auto& found, TextRangeSet& region) {
-                                  return find(range, {change, region}, found);
-                                });
+  if (change.old() && layer.spansArePiecewise) {
+    PiecewiseSearch search(*query, root);
+    const auto parts = settle<ClassifiedRange>(
+        regionToAsk(*query, change, lines_.count()),
+        [&](TextRange range, auto& found, TextRangeSet& region) {
+          const AskedRange asked = search.at(range);
+          return !search.goesTooFar(lines_.count()) && find(asked, {change, region}, found);
+        });
     if (parts) {
       layer.lexicalSpans.replaceSubrange({edit.range.lowerBound, edit.oldUpperBound()},
                                          std::nullopt, edit.range.length());
@@ -100,8 +104,7 @@ void Parse::updateLexicalSpans(LayerImpl& layer, const LayerEdit& edit, const La
   }
 
   std::vector<ClassifiedRange> found;
-  layer.spansArePiecewise =
-      find(layer.rootNode().utf16Range(), {}, found) && !query->asksForSurroundings();
+  layer.spansArePiecewise = find(AskedRange::all(root), {}, found) && !query->asksForSurroundings();
   layer.lexicalSpans = laidDown({0, lines_.count()}, std::move(found));
 }
 

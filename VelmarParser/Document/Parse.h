@@ -39,6 +39,7 @@
 namespace velmar {
 
 namespace detail {
+struct AskedRange;
 class ChangedMatches;
 class LayerChange;
 struct InjectionPoint;
@@ -156,7 +157,7 @@ private:
   /// Adds the places that an injections query finds in a part of a layer, but for those elsewhere
   /// that can't have changed. Gives false if the runtime had to drop matches.
   bool findInjections(const detail::LayerImpl& layer, RegularExpressionPass& pass,
-                      const std::shared_ptr<const Query>& query, TextRange range,
+                      const std::shared_ptr<const Query>& query, const detail::AskedRange& asked,
                       detail::ChangedMatches changed,
                       std::vector<detail::InjectionPoint>& points) const;
   TextRangeSet parseAllInjections(const LayerPtr& layer, const detail::LayerEdit& edit,

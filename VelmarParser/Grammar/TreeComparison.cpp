@@ -37,10 +37,8 @@ struct VisiblePair {
 class TreeWalk {
 public:
   explicit TreeWalk(const TSTree& tree) : language_(tree.language) {
-    path_.push_back({.node = tree.root,
-                     .start = ts_subtree_padding(tree.root).bytes,
-                     .distance = 1,
-                     .pairAround = {}});
+    path_.push_back(
+        {.node = tree.root, .start = ts_subtree_padding(tree.root).bytes, .pairAround = {}});
   }
 
   [[nodiscard]] bool isAtEnd() const { return path_.empty(); }
@@ -67,8 +65,6 @@ public:
     const TSSymbol alias = aliasAt(path_.size() - 1);
     return ts_language_public_symbol(language_, alias != 0 ? alias : ts_subtree_symbol(node()));
   }
-  /// How many nodes lie on the way to it, siblings in front among them; 0 at the end.
-  [[nodiscard]] std::uint32_t distance() const { return isAtEnd() ? 0 : path_.back().distance; }
 
   /// To the first child, around which stands `pairAround`.
   void enter(std::uint64_t childFrame, VisiblePair pairAround) {
@@ -78,10 +74,7 @@ public:
       if (!child.data.is_inline)
         __builtin_prefetch(child.ptr);
     }
-    path_.push_back({.node = children.front(),
-                     .start = start(),
-                     .distance = distance() + 1,
-                     .pairAround = pairAround});
+    path_.push_back({.node = children.front(), .start = start(), .pairAround = pairAround});
   }
   /// Goes on behind the node, to a sibling of its parent if it is the last.
   void skip() {
@@ -93,7 +86,6 @@ public:
         level.structuralIndex += !ts_subtree_extra(level.node);
         level.node = siblings[++level.index];
         level.start += ts_subtree_padding(level.node).bytes;
-        ++level.distance;
         return;
       }
       path_.pop_back();
@@ -107,7 +99,6 @@ private:
     std::uint32_t start = 0;
     std::uint32_t index = 0;
     std::uint32_t structuralIndex = 0;
-    std::uint32_t distance = 0;
     std::uint64_t childFrame = 0;
     VisiblePair pairAround;
   };
@@ -292,9 +283,7 @@ private:
                             .hasChildren = walk.hasChildren(),
                             .isInOld = &walk == &old_,
                             .type = type,
-                            .parentType = walk.pairAround().type,
-                            .distanceInOld = old_.distance(),
-                            .distanceInNew = new_.distance()});
+                            .parentType = walk.pairAround().type});
   }
 
   TreeWalk old_;

@@ -30,10 +30,6 @@ struct TreeDifference {
   TSSymbol type = 0;
   /// That of the innermost visible node around it that has an equal; 0 without one.
   TSSymbol parentType = 0;
-  /// How many nodes of each tree somebody passes who looks for the place from the root, from sibling
-  /// to sibling.
-  std::uint32_t distanceInOld = 0;
-  std::uint32_t distanceInNew = 0;
 
   /// The type that stands for several nodes of any type.
   static constexpr TSSymbol anyType = UINT16_MAX - 2;

@@ -31,7 +31,7 @@ private:
 
 /// Says too much where a text isn't plain, and never too little.
 struct QueryNodeTypes {
-  /// Those that the root of a match can have.
+  /// Those that the root of a match can have; all if its parent has a say in that.
   NodeTypeSet roots;
   /// Those of which a pattern says something about what is inside.
   NodeTypeSet parents;

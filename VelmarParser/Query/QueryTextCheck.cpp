@@ -282,10 +282,11 @@ private:
   Outcome node(std::size_t depth, bool isImmediate) {
     Step step{.depth = depth, .isImmediate = isImmediate};
     std::optional<TSSymbol> type;
-    if (!nodeName(step, type))
+    bool hasSupertype = false;
+    if (!nodeName(step, type, hasSupertype))
       return Outcome::failed;
     steps_.push_back(step);
-    noteRoot(depth, type);
+    noteRoot(depth, hasSupertype ? std::nullopt : type); // only its parent tells
     if (stream_.next() != U')')
       note(report_.nodeTypes.parents, type);
     return children(depth);
@@ -302,7 +303,7 @@ private:
 
   /// Reads `name`, `_`, `MISSING …` or `supertype/subtype`; false where there is an error. Leaves
   /// `type` absent where it may be any.
-  bool nodeName(Step& step, std::optional<TSSymbol>& type) {
+  bool nodeName(Step& step, std::optional<TSSymbol>& type, bool& hasSupertype) {
     if (!stream_.isAtName())
       return false;
     const std::string_view name = stream_.name();
@@ -327,12 +328,11 @@ private:
     }
     if (symbol == TSSymbol{0})
       return false;
-    const bool isSupertype =
-        symbol && ts_language_symbol_type(language_, *symbol) == TSSymbolTypeSupertype;
-    step.isWildcard |= isSupertype;
+    hasSupertype = symbol && ts_language_symbol_type(language_, *symbol) == TSSymbolTypeSupertype;
+    step.isWildcard |= hasSupertype;
     stream_.skipBlanks();
     if (stream_.skip(U'/')) {
-      symbol = isSupertype && stream_.isAtName() ? symbolOf(stream_.name(), true) : TSSymbol{0};
+      symbol = hasSupertype && stream_.isAtName() ? symbolOf(stream_.name(), true) : TSSymbol{0};
       if (symbol == TSSymbol{0})
         return false;
       step.isWildcard = false;
@@ -380,6 +380,7 @@ private:
       return Outcome::failed;
     stream_.skipBlanks();
     const std::size_t firstStep = steps_.size();
+    noteRoot(depth, std::nullopt); // what field a root stands in, its parent tells
     const Outcome outcome = pattern(depth, isImmediate);
     if (outcome != Outcome::parsed)
       return outcome == Outcome::unsafe ? outcome : Outcome::failed;
