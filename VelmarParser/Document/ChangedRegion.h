@@ -61,13 +61,15 @@ class PiecewiseSearch {
 public:
   /// The query and the tree must outlive this.
   PiecewiseSearch(const Query& query, ParseNode root) noexcept
-      : roots_(query, root), whole_(root.utf16Range()) {}
+      : roots_(query, root), whole_(root) {}
 
   /// Good until the next call.
   [[nodiscard]] AskedRange at(TextRange range) {
-    const TextRange searched = range.intersection(whole_).value_or(TextRange(0, 0));
+    const TextRange searched = range.intersection(whole_.utf16Range()).value_or(TextRange(0, 0));
     if (searched.isEmpty())
       return {range, searched, {}};
+    if (++count_ <= fewRanges)
+      return {range, searched, {&whole_, 1}};
     return {range, searched,
             roots_.around({treeByte(searched.lowerBound), treeByte(searched.upperBound)})};
   }
@@ -79,8 +81,12 @@ public:
   }
 
 private:
+  /// Not worth a look for where to begin.
+  static constexpr int fewRanges = 8;
+
   SearchRoots roots_;
-  TextRange whole_;
+  ParseNode whole_;
+  int count_ = 0;
 };
 
 /// Where `query` may find other things than before, to begin with; absent where everything is to be
